@@ -1,0 +1,7 @@
+# posix/ - the platform layer for POSIX systems.
+find_package(Threads REQUIRED)
+list(APPEND KI_SOURCES
+  posix/kiDebug.cpp
+  posix/kiPlatform.cpp
+  posix/kiPosix_p.h)
+set(KI_PLATFORM_LIBRARIES Threads::Threads ${CMAKE_DL_LIBS})
