@@ -1,0 +1,20 @@
+// ki.h - the whole library in one include: every public header, class and
+// procedural alike. Link ki and its companions and this is all you need.
+#ifndef KI_KI_H
+#define KI_KI_H
+
+#include "ki/Export.h"
+
+// Procedural layer
+#include "ki/os/kiDebug.h"
+#include "ki/os/kiPlatform.h"
+#include "ki/proc/kiFatalError.h"
+#include "ki/proc/kiMem.h"
+#include "ki/proc/kiStr.h"
+
+// Core
+#include "ki/core/CString.h"
+#include "ki/core/Log.h"
+#include "ki/core/StringData.h"
+
+#endif  // KI_KI_H
