@@ -1,0 +1,45 @@
+// demo.cpp - a tour of what ki offers so far: strings, numbers, logging and
+// the fatal-error callback.
+#include <cstdio>
+#include <ki/ki.h>
+
+KI_LOG_SOURCE("examples/demo")
+
+namespace {
+
+void OnFatal(const char* tag) {
+  std::printf("demo: the fatal-error callback saw '%s'\n", tag);
+  std::fflush(stdout);
+}
+
+}  // namespace
+
+int main() {
+  // Copies share one block until one of them changes.
+  kiCString greeting("Hello, media world");
+  kiCString copy(greeting);
+  std::printf("shared block: %s\n", copy.c_str() == greeting.c_str() ? "yes" : "no");
+  copy.Replace("world", "server", true);
+  std::printf("%s / %s\n", greeting.c_str(), copy.c_str());
+
+  // Splitting and searching.
+  kiCString path("/media/music/album/track01.flac");
+  std::printf("dir=%s name=%s ext=%s\n", path.BeforeLast('/').c_str(),
+              path.AfterLast('/').BeforeFirst('.').c_str(), path.AfterLast('.').c_str());
+
+  // Numbers read the same way in every locale.
+  long port = 0;
+  double ratio = 0;
+  kiCString("  8200").ToLong(&port);
+  kiCString("1.5e3").ToDouble(&ratio);
+  std::printf("port=%ld ratio=%g hex=%s\n", port, ratio,
+              kiCString::Format("%#x", static_cast<unsigned>(port)).c_str());
+
+  // A record in the library's shape, to standard error.
+  KI_LOG(kiLogLevel_Error, kiLogCat_General, "demo: a sample error record (%s)\n", "level 1");
+
+  // The process-wide fatal callback; the demo shows it without dying.
+  kiFatalError_SetCallback(OnFatal);
+  std::printf("callback registered; a fatal error would now call it and exit with 255\n");
+  return 0;
+}

@@ -1,0 +1,56 @@
+#!/usr/bin/env bash
+# Builds and runs every test twice: a normal build (g++, warnings as errors)
+# and an AddressSanitizer + UndefinedBehaviorSanitizer build (clang) that also
+# gives every fuzzer a short run. Ends with one "N passed, N failed" line.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+out=${KI_BUILD_ROOT:-$root/build}
+jobs=$(nproc)
+export CTEST_OUTPUT_ON_FAILURE=1
+
+passed=0
+failed=0
+count() {  # adds a ctest log's totals to the summary
+  local line
+  line=$(grep -E 'tests passed, [0-9]+ tests? failed out of [0-9]+' "$1" | tail -n 1 || true)
+  if [[ $line =~ ([0-9]+)\ tests?\ failed\ out\ of\ ([0-9]+) ]]; then
+    failed=$((failed + BASH_REMATCH[1]))
+    passed=$((passed + BASH_REMATCH[2] - BASH_REMATCH[1]))
+  fi
+}
+
+run_ctest() {  # name, build dir
+  local log="$2/ctest.log" status=0
+  ctest --test-dir "$2" -j "$jobs" --timeout 120 2>&1 | tee "$log" || status=$?
+  count "$log"
+  return $status
+}
+
+echo "== normal build (g++)"
+cmake -S "$root" -B "$out/gcc" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  -DCMAKE_CXX_COMPILER=g++ -DCMAKE_C_COMPILER=gcc -DKI_WERROR=ON >/dev/null
+cmake --build "$out/gcc"
+status=0
+run_ctest gcc "$out/gcc" || status=1
+
+echo "== AddressSanitizer + UndefinedBehaviorSanitizer build (clang)"
+cmake -S "$root" -B "$out/asan" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+  -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DKI_WERROR=ON \
+  -DKI_SANITIZE=address,undefined -DKI_BUILD_FUZZ=ON -DKI_BUILD_BENCH=OFF >/dev/null
+cmake --build "$out/asan"
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_checks=1
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+run_ctest asan "$out/asan" || status=1
+
+echo "== fuzzers (${FUZZ_SECONDS:-20} s each)"
+fuzz_status=0
+bash "$root/fuzz/run_all.sh" "$out/asan/fuzz" || fuzz_status=$?
+if [ $fuzz_status -eq 0 ]; then
+  passed=$((passed + 1))
+else
+  failed=$((failed + 1))
+  status=1
+fi
+
+echo "$passed passed, $failed failed"
+exit $status
