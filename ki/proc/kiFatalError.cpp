@@ -49,7 +49,15 @@ kiFatalErrorCallback RegisteredCallback() {
 void kiFatalError(const char* tag, std::uintptr_t detail, std::uintptr_t logDetail) {
   std::printf("kiFatalError\n");
   std::printf("kiFatalError: %s", tag != nullptr ? tag : "unknown reason");
-  kiLog_Error("Fatal Error '%s'", tag);  // intended: a null tag is logged as it is
+  // Intended: a null tag is logged as it is, and prints "(null)".
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-overflow"
+#endif
+  kiLog_Error("Fatal Error '%s'", tag);
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
 
   // The console line shows detail and the log line logDetail: callers with
   // one value pass it as detail only, so only the console is sure to show it.
