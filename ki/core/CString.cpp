@@ -379,10 +379,16 @@ int kiCString::PrintfV(const char* format, va_list args) {
     ++room;  // intended: one more character per retry
     if (room > Core::Header(block)->capacity) block = Core::Grow(block, room);
   }
-  Core::Header(block)->length = static_cast<unsigned int>(std::strlen(block));
+  const auto n = static_cast<unsigned int>(std::strlen(block));
   GetStringData()->Unlock();
+  if (n == 0) {
+    Core::Header(block)->Unlock();
+    Init();
+    return 0;
+  }
+  Core::Header(block)->length = n;
   m_pchData = block;
-  return static_cast<int>(length());
+  return static_cast<int>(n);
 }
 
 int kiCString::Printf(const char* format, ...) {

@@ -11,8 +11,9 @@
 
 class kiCharBuffer;
 
-// The characters of the static empty block: every empty kiCString points here,
-// so empty strings never allocate. Constant-initialised and never written.
+// The characters of the static empty block: strings made empty (default,
+// from null or empty text, emptied by an edit) point here, so they never
+// allocate. Constant-initialised and never written.
 extern KI_API const char* const kiEmptyCString;
 
 // A byte string: UTF-8 or locale text alike, all rules are byte rules, and zero
@@ -22,7 +23,8 @@ extern KI_API const char* const kiEmptyCString;
 // assignment copies the characters; every change first makes the block
 // private. Counts are not atomic: hand a string to another thread as a
 // private copy or under a lock. Positions are unsigned; kiNPos is "not found".
-// Out-of-range positions never fault: they give empty results or kiNPos.
+// Out-of-range positions never fault: they give empty results or kiNPos. A
+// null text argument counts as empty (a null needle or set is never found).
 // Case folding, white space (bytes 9-13 and space) and numbers follow the "C"
 // locale whatever the process locale is.
 class KI_API kiCString {
@@ -92,9 +94,11 @@ class KI_API kiCString {
   kiCString& operator+=(const char* text);        // up to the terminator; null: nothing
   kiCString& operator+=(char c) {
     kiCStringData* data = GetStringData();
-    if (data->refs == 1 && data->length < data->capacity) {
-      m_pchData[data->length] = c;
-      m_pchData[++data->length] = '\0';
+    const unsigned int n = data->length;  // read once: the stores below may alias it
+    if (data->refs == 1 && n < data->capacity) {
+      m_pchData[n] = c;
+      m_pchData[n + 1] = '\0';
+      data->length = n + 1;
     } else {
       ConcatSelf(1, &c);
     }
