@@ -25,8 +25,7 @@ std::string Bytes(const kiCString& s) { return std::string(s.c_str(), s.length()
 
 using Edit = void (*)(kiCString&);
 
-kiCString Edited(const char* start, Edit edit) {
-  kiCString s(start);
+kiCString Edited(kiCString s, Edit edit) {
   edit(s);
   return s;
 }
@@ -55,7 +54,6 @@ struct LocaleGuard {
 TEST(CStringTest, EmptyResultsPointAtTheStaticBlock) {
   const Row rows[] = {
       {"default", kiCString(), ""},
-      {"literal 0", kiCString(0), ""},
       {"null text", kiCString(static_cast<const char*>(nullptr)), ""},
       {"null buffer", kiCString(kiCharBuffer()), ""},
       {"assigned null", Edited("abc", [](kiCString& s) { s = static_cast<char*>(nullptr); }), ""},
@@ -68,41 +66,48 @@ TEST(CStringTest, EmptyResultsPointAtTheStaticBlock) {
     SCOPED_TRACE(r.what);
     EXPECT_EQ(kiEmptyCString, r.got.c_str());
     EXPECT_TRUE(r.got.GetStringData()->IsEmpty());
-    EXPECT_EQ('\0', r.got.Last());
   }
 }
 
-TEST(CStringTest, ConstructorsCopyTheRequestedBytes) {
+// Zero bytes inside a string are kept; a plain text ends at its terminator.
+TEST(CStringTest, ResultsHoldTheRequestedBytes) {
+  const kiCString a("ab");
+  const char* null = nullptr;
+  // clang-format off
   ExpectRows({
-      {"count", kiCString("abcdef", 3u), "abc"},
+      {"count", kiCString("abcdef", 3u), "abc"},  {"count kiNPos", kiCString("abc", kiNPos), "abc"},
       {"count over zero bytes", kiCString("a\0b", 3u), std::string("a\0b", 3)},
-      {"count kiNPos", kiCString("abc", kiNPos), "abc"},
       {"start and count", kiCString("abcdef", 2, 3), "cde"},
       {"start to the end", kiCString("abcdef", 2, kiNPos), "cdef"},
-      {"char", kiCString('x'), "x"},
       {"char buffer", kiCString(kiCharBuffer("buf", true)), "buf"},
       {"allocated text", kiCString::FromAllocatedString(kiMem_Strdup("heap")), "heap"},
       {"allocated null", kiCString::FromAllocatedString(nullptr), ""},
-  });
+      {"+= string", Edited(kiCString("a\0", 2u), [](kiCString& s) { s += kiCString("\0c", 2u); }),
+       std::string("a\0\0c", 4)},
+      {"+= text", Edited(kiCString("a\0", 2u), [](kiCString& s) { s += "c\0d"; }),
+       std::string("a\0c", 3)},
+      {"Mid over zero bytes", kiCString("a\0b\0c", 5u).Mid(1, 3), std::string("\0b\0", 3)},
+      {"Upper up to a zero byte", kiCString("a\0b", 3u).Upper(), std::string("A\0b", 3)},
+      {"string + string", a + kiCString("\0z", 2u), std::string("ab\0z", 4)},
+      {"string + text", a + "cd", "abcd"},  {"text + string", "cd" + a, "cdab"},
+      {"string + char", a + 'c', "abc"},    {"char + string", 'c' + a, "cab"},
+      {"string + null", a + null, "ab"},    {"left operand", a, "ab"}});
+  // clang-format on
+  EXPECT_TRUE(a == "ab" && a == kiCString(std::string("ab").c_str()) && kiCString() == null);
+  EXPECT_TRUE(a != "abc" && a != kiCString("ac") && a != null);
 }
 
 TEST(CStringTest, CopyConstructionSharesAndAssignmentCopies) {
   kiCString s("abc");
   kiCString shared(s);
   EXPECT_EQ(s.c_str(), shared.c_str());
-  EXPECT_EQ(2, s.GetStringData()->refs);
   s = shared;  // already the same block: nothing happens
-  EXPECT_EQ(shared.c_str(), s.c_str());
-
   kiCString t("a longer text than abc, long enough for a second block");
   const char* own = t.c_str();
   t = s;
   EXPECT_EQ(own, t.c_str());  // a private block large enough is reused
-  EXPECT_EQ("abc", t);
   EXPECT_EQ(2, s.GetStringData()->refs);
-  kiCString& alias = t;
-  t = alias;
-  EXPECT_EQ("abc", t);
+  EXPECT_EQ("abc", Bytes(t));
 }
 
 TEST(CStringTest, CapacityIsLengthRoundedDownTo16Plus19) {
@@ -121,87 +126,47 @@ TEST(CStringTest, CapacityIsLengthRoundedDownTo16Plus19) {
   EXPECT_EQ(51u, grown.GetStringData()->capacity);
 }
 
-TEST(CStringTest, ChangingACopyLeavesTheOriginal) {
-  const struct {
-    const char* what;
-    Edit edit;
-    const char* expected;
-  } rows[] = {
-      {"+= text", [](kiCString& s) { s += "d"; }, "abcd"},
-      {"+= char", [](kiCString& s) { s += 'd'; }, "abcd"},
-      {"Insert", [](kiCString& s) { s.Insert(0, "x"); }, "xabc"},
-      {"Pad", [](kiCString& s) { s.Pad(1, 'x', false); }, "xabc"},
+// Every change makes a shared block private first. A private block keeps its
+// room when the text shrinks, so a copy can share a block far larger than its
+// length needs; growing within that room must still copy.
+TEST(CStringTest, ChangingASharedBlockLeavesTheOtherCopy) {
+  const std::string x30(30, 'x');
+  // clang-format off
+  const struct { const char* what; Edit edit; std::string expected; } rows[] = {
+      {"+= text", [](kiCString& s) { s += std::string(30, 'x').c_str(); }, "ab" + x30},
+      {"+= char", [](kiCString& s) { s += 'c'; }, "abc"},
+      {"Insert", [](kiCString& s) { s.Insert(2, std::string(30, 'x').c_str()); }, "ab" + x30},
+      {"Pad", [](kiCString& s) { s.Pad(30, 'x'); }, "ab" + x30},
       {"assign", [](kiCString& s) { s = "zz"; }, "zz"},
-      {"write buffer", [](kiCString& s) { std::strcpy(kiCStringBuffer(s, 4), "w"); }, "w"},
-  };
+      {"write buffer", [](kiCString& s) { std::strcpy(kiCStringBuffer(s, 4), "w"); }, "w"}};
+  // clang-format on
   for (const auto& r : rows) {
-    SCOPED_TRACE(r.what);
-    const kiCString original("abc");
-    kiCString copy(original);
-    r.edit(copy);
-    EXPECT_EQ(r.expected, copy);
-    EXPECT_EQ("abc", original);
-    EXPECT_EQ(1, original.GetStringData()->refs);
+    for (const char* start : {"ab", "a text that leaves a block with spare room"}) {
+      SCOPED_TRACE(std::string(r.what) + " from " + start);
+      kiCString s(start);
+      s = "ab";  // keeps the block
+      const kiCString copy(s);
+      r.edit(s);
+      EXPECT_EQ(r.expected, Bytes(s));
+      EXPECT_EQ("ab", Bytes(copy));
+      EXPECT_EQ(1, copy.GetStringData()->refs);
+    }
   }
 }
 
-// A private block keeps its room when the text shrinks, so a copy can share a
-// block far larger than its length needs.
-TEST(CStringTest, GrowingASharedBlockWithSpareRoomStaysInBounds) {
-  const struct {
-    const char* what;
-    Edit edit;
-  } rows[] = {{"Pad", [](kiCString& s) { s.Pad(30, 'x'); }},
-              {"Insert", [](kiCString& s) { s.Insert(2, std::string(30, 'x').c_str()); }},
-              {"+=", [](kiCString& s) { s += std::string(30, 'x').c_str(); }}};
-  for (const auto& r : rows) {
-    SCOPED_TRACE(r.what);
-    kiCString s(std::string(40, '-').c_str());
-    s = "ab";  // keeps the 51-character block
-    const kiCString copy(s);
-    r.edit(s);
-    EXPECT_EQ("ab" + std::string(30, 'x'), Bytes(s));
-    EXPECT_EQ("ab", copy);
-  }
-}
-
-TEST(CStringTest, EmbeddedZeroBytesAreKept) {
-  kiCString s("a\0b", 3u);
-  s += kiCString("\0c", 2u);
-  s += "d\0e";  // a text ends at its terminator
-  EXPECT_EQ(std::string("a\0b\0cd", 6), Bytes(s));
-  EXPECT_EQ(std::string("\0b\0", 3), Bytes(s.Mid(1, 3)));
-  EXPECT_EQ(4u, s.FindFirstStr("cd"));
-  EXPECT_EQ(kiNPos, s.Find('\0'));
-  EXPECT_TRUE(s != "a");
-  EXPECT_GT(s.Compare(kiCString("a\0b", 3u)), 0);
-  EXPECT_EQ(std::string("A\0b", 3), Bytes(kiCString("a\0b", 3u).Upper()));  // up to the zero
-}
-
-TEST(CStringTest, WriteBufferIsLentOutUntilReleased) {
+// Released with a length, the text is cut there; without, at its terminator,
+// which stays inside the block even when the text fills all the room.
+TEST(CStringTest, WriteBufferLengthIsExactOrEndsInTheBlock) {
   kiCString s;
-  char* p = s.GetWriteBuf(10);
-  EXPECT_EQ(0, s.GetStringData()->refs);  // lent out
-  std::strcpy(p, "hello");
-  s.UngetWriteBuf();
-  EXPECT_EQ("hello", s);
-
   std::memcpy(s.GetWriteBuf(4), "abcd", 4);
   s.UngetWriteBuf(2);
   EXPECT_EQ("ab", Bytes(s));
-
-  // A text that fills the room and its terminator still ends in the block.
-  p = s.GetWriteBuf(3);
+  char* p = s.GetWriteBuf(3);
   const unsigned int room = s.GetStringData()->capacity;
   std::memset(p, 'x', room + 1);
   s.UngetWriteBuf();
   EXPECT_EQ(std::string(room, 'x'), Bytes(s));
-
-  std::strcpy(kiCStringBuffer(s, 8), "scoped");
-  EXPECT_EQ("scoped", s);
-  EXPECT_EQ(1, s.GetStringData()->refs);
-
-  // The old contents are not kept, even when nothing is written.
+  s = "scoped";  // a reused block must not show its old text
   s.GetWriteBuf(4);
   s.UngetWriteBuf();
   EXPECT_EQ("", Bytes(s));
@@ -210,72 +175,62 @@ TEST(CStringTest, WriteBufferIsLentOutUntilReleased) {
 // ---- Comparison and search ------------------------------------------------------
 
 TEST(CStringTest, CompareNoCaseFoldsAsciiAndAnswersOnlyTheSign) {
-  const struct {
-    const char* a;
-    const char* b;
-    int expected;
-  } rows[] = {{"abd", "ABC", 1}, {"ab", "ABC", -1}, {"ABC", "abc", 0},
-              {"zzz", "Zz", 1},  {"[", "A", -1},  // folded to lower case: '[' sorts before 'a'
-              {"\x80", "a", -1},                  // bytes above 127 count as negative
-              {"", "", 0},       {"a", nullptr, 1}, {"", nullptr, 0}};
+  // clang-format off
+  const struct { const char *a, *b; int expected; } rows[] = {
+      {"abd", "ABC", 1}, {"ab", "ABC", -1}, {"ABC", "abc", 0}, {"zzz", "Zz", 1},
+      {"[", "A", -1},     // folded to lower case: '[' sorts before 'a'
+      {"\x80", "a", -1},  // bytes above 127 count as negative
+      {"", "", 0},       {"a", nullptr, 1}, {"", nullptr, 0}};
+  // clang-format on
   for (const auto& r : rows) {
     SCOPED_TRACE(std::string(r.a) + " vs " + (r.b != nullptr ? r.b : "null"));
     EXPECT_EQ(r.expected, kiCString(r.a).CompareNoCase(r.b));
     EXPECT_EQ(r.expected, kiCString(r.a).CompareNoCase(kiCString(r.b)));
   }
-  EXPECT_LT(kiCString("ab").Compare("abc"), 0);
-  EXPECT_LT(kiCString("abc").Compare("abd"), 0);
   EXPECT_GT(kiCString("\x80").Compare("a"), 0);  // plain Compare: bytes unsigned
+  EXPECT_GT(kiCString("a\0b\0", 4u).Compare(kiCString("a\0b", 3u)), 0);  // a prefix is less
 }
 
 TEST(CStringTest, SearchAnswersPositionsOrNotFound) {
-  const kiCString s("abcabc");
-  const kiCString path("/usr/lib/x");
-  const struct {
-    const char* what;
-    unsigned int got;
-    unsigned int expected;
-  } rows[] = {
-      {"FindFirstStr from 2", s.FindFirstStr("bc", 2), 4},
+  const kiCString s("abcabc"), path("/usr/lib/x");
+  // clang-format off
+  const struct { const char* what; unsigned int got, expected; } rows[] = {
+      {"first from 2", s.FindFirstStr("bc", 2), 4},  {"empty needle", s.FindFirstStr(""), kiNPos},
       {"candidate runs past the end", kiCString("abcab").FindFirstStr("abc", 1), kiNPos},
-      {"empty needle", s.FindFirstStr(""), kiNPos},
-      {"FindLastStr", s.FindLastStr("abc"), 3},
-      {"FindLastStr ending by 5", s.FindLastStr("abc", 5), 0},
-      {"FindLastStr end before a match", s.FindLastStr("abc", 2), kiNPos},
-      {"FindNoCase", kiCString("abcABC").FindNoCase("BC", 2), 4},
-      {"FindFirstNotOf", kiCString("  \tx").FindFirstNotOf(" \t"), 3},
-      {"FindFirstNotOf kiNPos", path.FindFirstNotOf("/", kiNPos), kiNPos},
-      {"FindLastOf kiNPos - 1", path.FindLastOf("/", kiNPos - 1), 8},
-      {"FindLastOf from 7", path.FindLastOf("/", 7), 4},
-      {"Find char from end", path.Find('/', true), 8},
-      {"Find zero char", path.Find('\0', true), kiNPos},
-  };
+      {"past zero bytes", kiCString("a\0\0cd", 5u).FindFirstStr("cd"), 3},
+      {"last", s.FindLastStr("abc"), 3},  {"last ending by 5", s.FindLastStr("abc", 5), 0},
+      {"last, end before a match", s.FindLastStr("abc", 2), kiNPos},
+      {"no case", kiCString("abcABC").FindNoCase("BC", 2), 4},
+      {"first not of", kiCString("  \tx").FindFirstNotOf(" \t"), 3},
+      {"first not of from kiNPos", path.FindFirstNotOf("/", kiNPos), kiNPos},
+      {"last of from kiNPos - 1", path.FindLastOf("/", kiNPos - 1), 8},
+      {"last of from 7", path.FindLastOf("/", 7), 4}, {"char from end", path.Find('/', true), 8},
+      {"zero char", path.Find('\0', true), kiNPos},
+      {"only digits when empty", kiCString().HasOnlyNumbers(), 1}};
+  // clang-format on
   for (const auto& r : rows) {
     SCOPED_TRACE(r.what);
     EXPECT_EQ(r.expected, r.got);
   }
-  EXPECT_TRUE(s.Contains("cab"));
-  EXPECT_FALSE(s.Contains(""));
-  EXPECT_TRUE(kiCString().HasOnlyNumbers());
-  EXPECT_FALSE(kiCString("12a").HasOnlyNumbers());
 }
 
 TEST(CStringTest, SplittingNeverKeepsTheSeparator) {
-  const struct {
-    const char* text;
-    const char* parts[4];  // BeforeFirst, AfterFirst, BeforeLast, AfterLast
-  } rows[] = {{"a/b/c", {"a", "b/c", "a/b", "c"}},     {"abc", {"abc", "", "", "abc"}},
-              {"/abc", {"", "abc", "", "abc"}},        {"abc/", {"abc", "", "abc", ""}},
-              {"a::b::c", {"a", "b::c", "a::b", "c"}}, {"::abc", {"", "abc", "", "abc"}}};
+  // pieces: BeforeFirst, AfterFirst, BeforeLast, AfterLast
+  // clang-format off
+  const struct { const char* text; const char* pieces[4]; } rows[] = {
+      {"a/b/c", {"a", "b/c", "a/b", "c"}},     {"abc", {"abc", "", "", "abc"}},
+      {"/abc", {"", "abc", "", "abc"}},        {"abc/", {"abc", "", "abc", ""}},
+      {"a::b::c", {"a", "b::c", "a::b", "c"}}, {"::abc", {"", "abc", "", "abc"}}};
+  // clang-format on
   for (const auto& r : rows) {
     SCOPED_TRACE(r.text);
     const kiCString s(r.text);
     const bool byString = std::strchr(r.text, ':') != nullptr;
     const kiCString sep(byString ? "::" : "/");
-    EXPECT_EQ(r.parts[0], byString ? s.BeforeFirst(sep) : s.BeforeFirst('/'));
-    EXPECT_EQ(r.parts[1], byString ? s.AfterFirst(sep) : s.AfterFirst('/'));
-    EXPECT_EQ(r.parts[2], byString ? s.BeforeLast(sep) : s.BeforeLast('/'));
-    EXPECT_EQ(r.parts[3], byString ? s.AfterLast(sep) : s.AfterLast('/'));
+    EXPECT_EQ(r.pieces[0], byString ? s.BeforeFirst(sep) : s.BeforeFirst('/'));
+    EXPECT_EQ(r.pieces[1], byString ? s.AfterFirst(sep) : s.AfterFirst('/'));
+    EXPECT_EQ(r.pieces[2], byString ? s.BeforeLast(sep) : s.BeforeLast('/'));
+    EXPECT_EQ(r.pieces[3], byString ? s.AfterLast(sep) : s.AfterLast('/'));
   }
 }
 
@@ -284,7 +239,6 @@ TEST(CStringTest, SplittingNeverKeepsTheSeparator) {
 TEST(CStringTest, EditsAndSubstringsCutPositionsAtTheEnd) {
   ExpectRows({
       {"Erase count cut", Edited("abc", [](kiCString& s) { s.Erase(1, 100); }), "a"},
-      {"Insert", Edited("abc", [](kiCString& s) { s.Insert(1, "XY"); }), "aXYbc"},
       {"Insert past end", Edited("abc", [](kiCString& s) { s.Insert(10, "Z"); }), "abcZ"},
       {"Insert count", Edited("abc", [](kiCString& s) { s.Insert(0, "XYZ", 2); }), "XYabc"},
       {"Replace range", Edited("abc", [](kiCString& s) { s.Replace(1, 1, "XYZ", kiNPos); }),
@@ -292,17 +246,13 @@ TEST(CStringTest, EditsAndSubstringsCutPositionsAtTheEnd) {
       {"Replace cut", Edited("abc", [](kiCString& s) { s.Replace(1, 9, "Q", 1); }), "aQ"},
       {"Replace past end", Edited("abc", [](kiCString& s) { s.Replace(7, 1, "Q", 1); }), "abcQ"},
       {"Pad at start", Edited("7", [](kiCString& s) { s.Pad(3, '0', false); }), "0007"},
-      {"Pad at end", Edited("7", [](kiCString& s) { s.Pad(2, '-'); }), "7--"},
       {"Trim right", Edited(" \ta\v ", [](kiCString& s) { s.Trim(); }), " \ta"},
       {"Trim left", Edited(" \ta\v ", [](kiCString& s) { s.Trim(false); }), "a\v "},
       {"TrimLeftRight", Edited("\r\n a\f", [](kiCString& s) { s.TrimLeftRight(); }), "a"},
       {"Mid count past end", kiCString("abc").Mid(1, 9), "bc"},
       {"Mid(3, 1)", kiCString("abc").Mid(3, 1), ""},
       {"Mid(4, 1)", kiCString("abc").Mid(4, 1), ""},
-      {"Left(5)", kiCString("abc").Left(5), "abc"},
       {"Right(3)", kiCString("abc").Right(3), "abc"},
-      {"Upper", kiCString("Mixed Case 09").Upper(), "MIXED CASE 09"},
-      {"Lower", kiCString("Mixed Case 09").Lower(), "mixed case 09"},
       {"TrimTo1Space", kiCString("  a \t b  ").TrimTo1Space(), " a b "},
   });
 }
@@ -311,9 +261,7 @@ TEST(CStringTest, EditsAndSubstringsCutPositionsAtTheEnd) {
 TEST(CStringTest, ReplaceTextCountsReplacements) {
   // clang-format off
   const struct {
-    const char* text;
-    const char* old_text;
-    const char* new_text;
+    const char *text, *old_text, *new_text;
     bool all;
     const char* expected;
     unsigned int count;
@@ -328,7 +276,7 @@ TEST(CStringTest, ReplaceTextCountsReplacements) {
     SCOPED_TRACE(std::string(r.text) + " / " + (r.old_text != nullptr ? r.old_text : "null"));
     kiCString s(r.text);
     EXPECT_EQ(r.count, s.Replace(r.old_text, r.new_text, r.all));
-    EXPECT_EQ(r.expected, s);
+    EXPECT_EQ(r.expected, Bytes(s));
   }
 }
 
@@ -349,6 +297,7 @@ TEST(CStringTest, EditsAcceptTheirOwnText) {
        "abcbc"},
       {"assign a tail", Edited("abc", [](kiCString& s) { s = s.c_str() + 1; }), "bc"},
       {"assign itself", Edited("abc", [](kiCString& s) { s = s.c_str(); }), "abc"},
+      {"assign itself as a string", Edited("abc", [](kiCString& s) { s = *&s; }), "abc"},
       {"Printf", Edited("abc", [](kiCString& s) { s.Printf("%s-%s", s.c_str(), s.c_str()); }),
        "abc-abc"},
   });
@@ -360,12 +309,7 @@ TEST(CStringTest, EditsAcceptTheirOwnText) {
 // the values it receives: 2147483648 is still out of range.
 TEST(CStringTest, ConversionsStoreTheValueAndAnswerWholeText) {
   // clang-format off
-  const struct {
-    const char* text;
-    int base;
-    bool ok;
-    long value;
-  } rows[] = {
+  const struct { const char* text; int base; bool ok; long value; } rows[] = {
       {"  42", 10, true, 42},             {"42 ", 10, false, 42},
       {"-2147483647", 10, true, INT_MIN}, {"2147483648", 10, false, INT_MAX},
       {"0x1F", 0, true, 31},              {"017", 0, true, 15},  {"5", 1, false, 0}};
@@ -380,34 +324,18 @@ TEST(CStringTest, ConversionsStoreTheValueAndAnswerWholeText) {
     EXPECT_EQ(r.value, i);
   }
   unsigned long ul = 0;
-  unsigned int u = 0;
+  unsigned int u = 9;
   EXPECT_FALSE(kiCString("4294967296").ToULong(&ul));
   EXPECT_EQ(4294967295UL, ul);
   EXPECT_FALSE(kiCString("-8").ToUInt32(&u, 0));
   EXPECT_EQ(0u, u);
-  double d = 99;
-  EXPECT_FALSE(kiCString("1,5").ToDouble(&d));  // stored although text follows
-  EXPECT_EQ(1.0, d);
   EXPECT_TRUE(kiCString("1").ToLong(nullptr) && kiCString("1").ToDouble(nullptr));
 }
 
-TEST(CStringTest, NumbersIgnoreADecimalCommaLocale) {
-  const LocaleGuard guard;
-  bool found = false;
-  for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "ru_RU.UTF-8"}) {
-    if (!found) found = std::setlocale(LC_ALL, name) != nullptr;
-  }
-  if (!found) GTEST_SKIP() << "no decimal-comma locale installed";
-  ASSERT_STREQ(",", std::localeconv()->decimal_point);
-  double d = 0;
-  EXPECT_TRUE(kiCString("1.5").ToDouble(&d));
-  EXPECT_EQ(1.5, d);
-  EXPECT_FALSE(kiCString("1,5").ToDouble(&d));
-  EXPECT_EQ(1.0, d);
-}
-
-TEST(CStringTest, CaseRulesLeaveHighBytesAloneInAnyLocale) {
-  for (const char* name : {"C.UTF-8", "tr_TR.ISO-8859-9", "de_DE.ISO-8859-1"}) {
+// Whatever the process locale: ASCII-only case rules, '.' as the decimal point.
+TEST(CStringTest, CaseRulesAndNumbersIgnoreTheLocale) {
+  for (const char* name :
+       {"C", "C.UTF-8", "de_DE.UTF-8", "fr_FR.UTF-8", "tr_TR.ISO-8859-9", "de_DE.ISO-8859-1"}) {
     const LocaleGuard guard;
     if (std::setlocale(LC_ALL, name) == nullptr) continue;
     SCOPED_TRACE(name);
@@ -418,10 +346,15 @@ TEST(CStringTest, CaseRulesLeaveHighBytesAloneInAnyLocale) {
     EXPECT_EQ(-1, kiCString("\xE9").CompareNoCase("a"));
     EXPECT_EQ(kiNPos, kiCString("\xC9").FindNoCase(kiCString("\xE9")));
     EXPECT_EQ("\xA0x\xA0", kiCString("\xA0x\xA0").TrimTo1Space());
+    double d = 0;
+    EXPECT_TRUE(kiCString("1.5").ToDouble(&d));
+    EXPECT_EQ(1.5, d);
+    EXPECT_FALSE(kiCString("1,5").ToDouble(&d));  // stored although text follows
+    EXPECT_EQ(1.0, d);
   }
 }
 
-// ---- Formatting and operators --------------------------------------------------------------
+// ---- Formatting --------------------------------------------------------------
 
 TEST(CStringTest, PrintfReplacesTheTextWhateverItsLength) {
   kiCString s("old");
@@ -433,29 +366,6 @@ TEST(CStringTest, PrintfReplacesTheTextWhateverItsLength) {
   }
   EXPECT_EQ(1, s.Printf("a%cb", '\0'));  // the text ends at its first zero byte
   EXPECT_EQ("7/x", kiCString::Format("%u/%c", 7u, 'x'));
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-#pragma GCC diagnostic ignored "-Wformat-security"
-  const char* noFormat = nullptr;
-  EXPECT_EQ(0, s.Printf(noFormat));
-  EXPECT_EQ(kiEmptyCString, s.c_str());
-  EXPECT_EQ("", kiCString::Format(noFormat));
-#pragma GCC diagnostic pop
-}
-
-TEST(CStringTest, OperatorsCompareAndJoinText) {
-  const kiCString a("ab");
-  const char* null = nullptr;
-  EXPECT_TRUE(a == "ab" && "ab" == a && a == kiCString(std::string("ab").c_str()));
-  EXPECT_TRUE(a != "abc" && "a" != a && a != kiCString("ac") && a != null);
-  EXPECT_TRUE(kiCString() == null);
-  ExpectRows({{"string + string", a + kiCString("\0z", 2u), std::string("ab\0z", 4)},
-              {"string + text", a + "cd", "abcd"},
-              {"text + string", "cd" + a, "cdab"},
-              {"string + char", a + 'c', "abc"},
-              {"char + string", 'c' + a, "cab"},
-              {"string + null", a + null, "ab"},
-              {"left operand", a, "ab"}});
 }
 
 }  // namespace
