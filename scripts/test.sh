@@ -10,12 +10,26 @@ export CTEST_OUTPUT_ON_FAILURE=1
 
 passed=0
 failed=0
+skipped=0
 count() {  # adds a ctest log's totals to the summary
-  local line
+  local line skips
   line=$(grep -E 'tests passed, [0-9]+ tests? failed out of [0-9]+' "$1" | tail -n 1 || true)
+  skips=$(grep -c -E '\(Skipped\)$' "$1" || true)
   if [[ $line =~ ([0-9]+)\ tests?\ failed\ out\ of\ ([0-9]+) ]]; then
     failed=$((failed + BASH_REMATCH[1]))
-    passed=$((passed + BASH_REMATCH[2] - BASH_REMATCH[1]))
+    passed=$((passed + BASH_REMATCH[2] - BASH_REMATCH[1] - skips))
+    skipped=$((skipped + skips))
+  fi
+}
+step() {  # name, command...: one more check in the summary
+  local name=$1
+  shift
+  if "$@"; then
+    passed=$((passed + 1))
+  else
+    echo "== $name FAILED" >&2
+    failed=$((failed + 1))
+    status=1
   fi
 }
 
@@ -33,6 +47,17 @@ cmake --build "$out/gcc"
 status=0
 run_ctest gcc "$out/gcc" || status=1
 
+echo "== install, and the demo built against the installed tree"
+installed() {
+  rm -rf "$out/install" "$out/installed-demo"
+  cmake --install "$out/gcc" --prefix "$out/install" >/dev/null &&
+    cmake -S "$root/examples" -B "$out/installed-demo" -G Ninja \
+      -DCMAKE_PREFIX_PATH="$out/install" >/dev/null &&
+    cmake --build "$out/installed-demo" >/dev/null &&
+    "$out/installed-demo/kiDemo" >/dev/null 2>&1
+}
+step install installed
+
 echo "== AddressSanitizer + UndefinedBehaviorSanitizer build (clang)"
 cmake -S "$root" -B "$out/asan" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
   -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DKI_WERROR=ON \
@@ -43,14 +68,7 @@ export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 run_ctest asan "$out/asan" || status=1
 
 echo "== fuzzers (${FUZZ_SECONDS:-20} s each)"
-fuzz_status=0
-bash "$root/fuzz/run_all.sh" "$out/asan/fuzz" || fuzz_status=$?
-if [ $fuzz_status -eq 0 ]; then
-  passed=$((passed + 1))
-else
-  failed=$((failed + 1))
-  status=1
-fi
+step fuzz bash "$root/fuzz/run_all.sh" "$out/asan/fuzz"
 
-echo "$passed passed, $failed failed"
+echo "$passed passed, $failed failed, $skipped skipped"
 exit $status
