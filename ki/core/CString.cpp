@@ -12,11 +12,11 @@
 namespace {
 
 // Byte rules of the "C" locale, whatever the process locale is.
-struct NarrowRules {
+struct kiNarrowRules {
   // Kept for compatibility: the case-blind comparison orders bytes as signed
   // chars, so bytes above 127 sort before every letter.
   static int Fold(char c) {
-    const int v = static_cast<signed char>(c);
+    const int v = static_cast<signed char>(c);  // NOLINT(bugprone-signed-char-misuse)
     return v >= 'A' && v <= 'Z' ? v + ('a' - 'A') : v;
   }
   static char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
@@ -24,7 +24,7 @@ struct NarrowRules {
   static bool IsSpace(char c) { return c == ' ' || (c >= 9 && c <= 13); }
 };
 
-using Core = kiStringCore<char, NarrowRules>;
+using Core = kiStringCore<char, kiNarrowRules>;
 
 // Constant-initialised and placed in read-only memory: any write would fault.
 constexpr kiStaticEmptyBlock<char> kEmptyBlock = {{-1, 0, 0}, {0, 0}};
@@ -55,6 +55,7 @@ void kiCString::UnshareableCopy(const kiCString& other) {
   InitWith(other.m_pchData, 0, other.length());
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the same block covers self
 kiCString& kiCString::operator=(const kiCString& other) {
   if (m_pchData == other.m_pchData) return *this;
   if (other.GetStringData()->IsEmpty()) {
@@ -272,7 +273,7 @@ kiCString kiCString::AfterLast(const kiCString& separator) const {
 }
 
 kiCString kiCString::Mid(unsigned int start, unsigned int count) const {
-  return kiCString(AdoptTag(), Core::Mid(m_pchData, start, count, kiEmptyCString));
+  return kiCString(kiAdoptTag(), Core::Mid(m_pchData, start, count, kiEmptyCString));
 }
 
 // ---- Editing --------------------------------------------------------------------------------
@@ -315,15 +316,15 @@ kiCString& kiCString::TrimLeftRight() {
 // ---- Transforming ---------------------------------------------------------------------------
 
 kiCString kiCString::Upper() const {
-  return kiCString(AdoptTag(), Core::Mapped(m_pchData, NarrowRules::Upper, kiEmptyCString));
+  return kiCString(kiAdoptTag(), Core::Mapped(m_pchData, kiNarrowRules::Upper, kiEmptyCString));
 }
 
 kiCString kiCString::Lower() const {
-  return kiCString(AdoptTag(), Core::Mapped(m_pchData, NarrowRules::Lower, kiEmptyCString));
+  return kiCString(kiAdoptTag(), Core::Mapped(m_pchData, kiNarrowRules::Lower, kiEmptyCString));
 }
 
 kiCString kiCString::TrimTo1Space() const {
-  return kiCString(AdoptTag(), Core::TrimTo1Space(m_pchData, kiEmptyCString));
+  return kiCString(kiAdoptTag(), Core::TrimTo1Space(m_pchData, kiEmptyCString));
 }
 
 // ---- Numbers ----------------------------------------------------------------------------------
@@ -419,6 +420,7 @@ kiCharBuffer::kiCharBuffer(unsigned int n) : m_text(nullptr) {
 kiCharBuffer::kiCharBuffer(const char* text, bool copy)
     : m_text(copy ? kiMem_Strdup(text) : const_cast<char*>(text)) {}
 
+// NOLINTNEXTLINE(misc-unconventional-assign-operator): a hand-over, intended
 kiCharBuffer& kiCharBuffer::operator=(kiCharBuffer& other) {
   if (&other != this) {
     kiMem_Free(m_text);

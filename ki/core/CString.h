@@ -217,8 +217,8 @@ class KI_API kiCString {
   void AllocCopy(kiCString& target, unsigned int count, unsigned int start) const;
 
  private:
-  struct AdoptTag {};
-  kiCString(AdoptTag, char* block) : m_pchData(block) {}
+  struct kiAdoptTag {};
+  kiCString(kiAdoptTag, char* block) : m_pchData(block) {}
   void UnshareableCopy(const kiCString& other);
 
   char* m_pchData;
@@ -270,8 +270,9 @@ class KI_API kiCharBuffer {
   kiCharBuffer(kiCharBuffer&& other) noexcept : m_text(other.release()) {}
   ~kiCharBuffer() { kiMem_Free(m_text); }
 
-  kiCharBuffer& operator=(kiCharBuffer& other);  // takes over; self-assignment: nothing
-  kiCharBuffer& operator=(kiCharBuffer&& other) { return *this = other; }
+  // Takes over (intended: a hand-over, not a copy); self-assignment: nothing.
+  kiCharBuffer& operator=(kiCharBuffer& other);  // NOLINT(misc-unconventional-assign-operator)
+  kiCharBuffer& operator=(kiCharBuffer&& other) noexcept { return *this = other; }
   kiCharBuffer& operator=(const char* text);  // frees, then duplicates (null: null)
 
   const char* data() const { return m_text; }
