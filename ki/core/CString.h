@@ -31,9 +31,10 @@ class KI_API kiCString {
  public:
   // ---- Construction and assignment --------------------------------------
   kiCString() { Init(); }
-  // Empty whatever the number: kept so that a literal 0 converts to an empty
-  // string (intended, not a way to format numbers).
+  // Empty whatever the number: kept so that a null literal (0, NULL) converts
+  // to an empty string (intended, not a way to format numbers).
   kiCString(int) { Init(); }    // NOLINT(google-explicit-constructor)
+  kiCString(long) { Init(); }   // NOLINT(google-explicit-constructor)
   kiCString(const char* text);  // NOLINT(google-explicit-constructor); null: empty
   // count bytes of text (kiNPos: up to the terminator); null text: empty.
   kiCString(const char* text, unsigned int count);
@@ -60,6 +61,15 @@ class KI_API kiCString {
   kiCString& operator=(const kiCString& other);
   kiCString& operator=(const char* text);  // null: empty
   kiCString& operator=(char c);
+  // Empty whatever the number, like the constructors: `s = 0` and `s = NULL`.
+  kiCString& operator=(int) {
+    Reinit();
+    return *this;
+  }
+  kiCString& operator=(long) {
+    Reinit();
+    return *this;
+  }
 
   // A string holding a copy of text; text itself (a kiMem_* or malloc block)
   // is freed. Null gives an empty string.

@@ -61,6 +61,9 @@ TEST(CStringTest, EmptyResultsPointAtTheStaticBlock) {
       {"trimmed blanks", Edited(" \t\r\n", [](kiCString& s) { s.Trim(); }), ""},
       {"replaced by nothing", Edited("abab", [](kiCString& s) { s.Replace("ab", ""); }), ""},
       {"Right past length", kiCString("abc").Right(5), ""},
+      {"a number", kiCString(65), ""},
+      {"assigned 0", Edited("abc", [](kiCString& s) { s = 0; }), ""},
+      {"empty Printf", Edited("abc", [](kiCString& s) { s.Printf("%s", ""); }), ""},
   };
   for (const Row& r : rows) {
     SCOPED_TRACE(r.what);
