@@ -44,7 +44,11 @@ struct kiStringDataT {
   const C* data() const { return reinterpret_cast<const C*>(this + 1); }
 };
 
+// The character of kiString: a UTF-16 code unit on every platform.
+typedef char16_t kiWChar;
+
 typedef kiStringDataT<char> kiCStringData;
+typedef kiStringDataT<kiWChar> kiStringData;
 
 static_assert(sizeof(kiCStringData) == 12, "the block header is three 32-bit fields");
 
