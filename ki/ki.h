@@ -14,7 +14,11 @@
 
 // Core
 #include "ki/core/CString.h"
+#include "ki/core/Convert.h"
 #include "ki/core/Log.h"
+#include "ki/core/String.h"
 #include "ki/core/StringData.h"
+#include "ki/core/StringList.h"
+#include "ki/core/StringTokenizer.h"
 
 #endif  // KI_KI_H

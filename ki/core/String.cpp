@@ -9,6 +9,7 @@
 #include <cwctype>
 
 #include "ki/core/StringCore_p.h"
+#include "ki/core/UTF8_p.h"
 
 namespace {
 
@@ -37,48 +38,6 @@ constexpr unsigned int kPrintfStartRoom = 1024;
 // Past this room a text that still does not fit is given up (64 MB of
 // wchar_t), so a broken format cannot take the whole heap.
 constexpr unsigned int kPrintfMaxRoom = 1u << 24;
-
-// The format as native wide text: UTF-16 pairs become one wchar_t.
-wchar_t* NativeFormat(const kiWChar* format) {
-  const size_t length = std::char_traits<kiWChar>::length(format);
-  auto* native =
-      static_cast<wchar_t*>(kiMem_Malloc(static_cast<unsigned int>(length + 1) * sizeof(wchar_t)));
-  size_t out = 0;
-  for (size_t i = 0; i < length; ++i) {
-    const char32_t c = format[i];
-    if (c >= 0xD800 && c <= 0xDBFF && format[i + 1] >= 0xDC00 && format[i + 1] <= 0xDFFF) {
-      native[out++] = static_cast<wchar_t>(0x10000 + ((c - 0xD800) << 10) + (format[++i] - 0xDC00));
-    } else {
-      native[out++] = static_cast<wchar_t>(c);
-    }
-  }
-  native[out] = 0;
-  return native;
-}
-
-// Native wide text up to its terminator as a UTF-16 block (or the empty one);
-// values past 0x10FFFF, which no UTF-16 text can hold, become U+FFFD.
-kiWChar* FromNative(const wchar_t* text) {
-  size_t units = 0;
-  for (const wchar_t* p = text; *p != 0; ++p) {
-    units += static_cast<std::uint32_t>(*p) >= 0x10000 && static_cast<std::uint32_t>(*p) <= 0x10FFFF
-                 ? 2
-                 : 1;
-  }
-  if (units == 0) return const_cast<kiWChar*>(kiEmptyString);
-  kiWChar* block = Core::AllocBuffer(Core::Clamp(units));
-  kiWChar* out = block;
-  for (const wchar_t* p = text; *p != 0 && out < block + Core::Length(block); ++p) {
-    const auto c = static_cast<std::uint32_t>(*p);
-    if (c >= 0x10000 && c <= 0x10FFFF) {
-      *out++ = static_cast<kiWChar>(0xD800 + ((c - 0x10000) >> 10));
-      *out++ = static_cast<kiWChar>(0xDC00 + (c & 0x3FF));
-    } else {
-      *out++ = static_cast<kiWChar>(c <= 0xFFFF ? c : 0xFFFD);
-    }
-  }
-  return block;
-}
 
 }  // namespace
 
@@ -416,7 +375,7 @@ int kiString::PrintfV(const kiWChar* format, va_list args) {
   // The C library formats native wchar_t; the result is converted to UTF-16
   // in a block of its own, so arguments pointing into this string stay
   // readable until the end.
-  wchar_t* native = NativeFormat(format);
+  wchar_t* native = kiUTF16_ToWide(format);
   unsigned int room = kPrintfStartRoom;
   auto* text = static_cast<wchar_t*>(kiMem_Malloc((room + 1) * sizeof(wchar_t)));
   bool written = false;
@@ -437,11 +396,13 @@ int kiString::PrintfV(const kiWChar* format, va_list args) {
     room = 2 * room + 2;  // intended growth rule of the wide string
     text = static_cast<wchar_t*>(kiMem_Realloc(text, (room + 1) * sizeof(wchar_t)));
   }
-  kiWChar* block = written ? FromNative(text) : const_cast<kiWChar*>(kiEmptyString);
+  // A value no UTF-16 text can hold (past 0x10FFFF) also gives up.
+  kiWChar* units = written ? kiUTF16_FromWide(text) : nullptr;
   kiMem_Free(text);
   kiMem_Free(native);
-  GetStringData()->Unlock();
-  m_pchData = block;
+  kiString result(units);
+  kiMem_Free(units);
+  Swap(result);
   return static_cast<int>(length());
 }
 

@@ -1,10 +1,19 @@
 # core/ - memory, strings, conversions, tokenizers and the log convention.
 list(APPEND KI_PUBLIC_HEADERS
   core/CString.h
+  core/Convert.h
   core/Log.h
   core/String.h
-  core/StringData.h)
+  core/StringData.h
+  core/StringList.h
+  core/StringTokenizer.h)
 list(APPEND KI_SOURCES
   core/CString.cpp
+  core/Convert.cpp
   core/String.cpp
-  core/StringCore_p.h)
+  core/StringCore_p.h
+  core/StringList.cpp
+  core/StringTokenizer.cpp
+  core/StringTokenizer_p.h
+  core/UTF8_p.h
+  core/UTF8.cpp)
