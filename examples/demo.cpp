@@ -1,5 +1,6 @@
 // demo.cpp - a tour of what ki offers so far: strings, numbers, logging and
 // the fatal-error callback.
+#include <clocale>
 #include <cstdio>
 #include <ki/ki.h>
 
@@ -15,6 +16,9 @@ void OnFatal(const char* tag) {
 }  // namespace
 
 int main() {
+  // The wide string's case mapping follows the C library's locale.
+  std::setlocale(LC_CTYPE, "C.UTF-8");
+
   // Copies share one block until one of them changes.
   kiCString greeting("Hello, media world");
   kiCString copy(greeting);
@@ -34,6 +38,20 @@ int main() {
   kiCString("1.5e3").ToDouble(&ratio);
   std::printf("port=%ld ratio=%g hex=%s\n", port, ratio,
               kiCString::Format("%#x", static_cast<unsigned>(port)).c_str());
+
+  // UTF-8 in, UTF-16 inside, UTF-8 out; invalid input is refused whole.
+  kiWCharBuffer wide = kiConvUTF8.ToString("Gr\xc3\xbc\xc3\x9f dich, \xe4\xb8\x96\xe7\x95\x8c");
+  kiString title(wide);
+  std::printf("%u UTF-16 units, upper: %s, overlong input refused: %s\n", title.length(),
+              kiConvUTF8.ToUTF8(title.Upper().c_str()).data(),
+              kiConvUTF8.ToString("\xc0\x80").data() == nullptr ? "yes" : "no");
+
+  // Tokens and lists.
+  kiCStringTokenizer tokens("a,,b", ",");
+  std::printf("tokens:");
+  while (tokens.HasMoreTokens()) std::printf(" [%s]", tokens.GetNextToken().c_str());
+  kiCSVStringList list("mp3,flac\\,lossless,ogg", '\\');
+  std::printf("\nlist of %u, second item '%s'\n", list.GetCount(), list.GetAt(1));
 
   // A record in the library's shape, to standard error.
   KI_LOG(kiLogLevel_Error, kiLogCat_General, "demo: a sample error record (%s)\n", "level 1");
