@@ -1,7 +1,9 @@
-# core/ - memory, strings, conversions, tokenizers and the log convention.
+# core/ - strings, conversions, tokenizers, errors, byte buffers and the log
+# convention.
 list(APPEND KI_PUBLIC_HEADERS
   core/CString.h
   core/Convert.h
+  core/Error.h
   core/Log.h
   core/String.h
   core/StringData.h
@@ -10,6 +12,7 @@ list(APPEND KI_PUBLIC_HEADERS
 list(APPEND KI_SOURCES
   core/CString.cpp
   core/Convert.cpp
+  core/Error.cpp
   core/String.cpp
   core/StringCore_p.h
   core/StringList.cpp
