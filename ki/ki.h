@@ -15,6 +15,7 @@
 // Core
 #include "ki/core/CString.h"
 #include "ki/core/Convert.h"
+#include "ki/core/DataBuffer.h"
 #include "ki/core/Error.h"
 #include "ki/core/Log.h"
 #include "ki/core/String.h"

@@ -3,6 +3,7 @@
 list(APPEND KI_PUBLIC_HEADERS
   core/CString.h
   core/Convert.h
+  core/DataBuffer.h
   core/Error.h
   core/Log.h
   core/String.h
@@ -12,6 +13,7 @@ list(APPEND KI_PUBLIC_HEADERS
 list(APPEND KI_SOURCES
   core/CString.cpp
   core/Convert.cpp
+  core/DataBuffer.cpp
   core/Error.cpp
   core/String.cpp
   core/StringCore_p.h
