@@ -2,6 +2,8 @@
 // loop, so a chain of any length costs no stack.
 #include "ki/core/Error.h"
 
+#include "ki/core/DataBuffer.h"
+
 namespace {
 
 using kiErrorInfo = kiError::kiErrorInfo;
@@ -47,21 +49,21 @@ void DeleteChain(kiErrorInfo* first) {
   }
 }
 
-void AppendDecimal(kiCString& text, int code) {
-  char digits[16];
+// The code in decimal, written backwards from the end of digits; answers the
+// first character.
+char* FormatCode(char (&digits)[16], int code) {
   char* p = digits + sizeof(digits);
   *--p = '\0';
   // Widened first so that the most negative code has a magnitude.
   long long value = code;
-  bool negative = value < 0;
-  unsigned long long magnitude = negative ? 0ULL - static_cast<unsigned long long>(value)
-                                          : static_cast<unsigned long long>(value);
+  unsigned long long magnitude = value < 0 ? 0ULL - static_cast<unsigned long long>(value)
+                                           : static_cast<unsigned long long>(value);
   do {
     *--p = static_cast<char>('0' + magnitude % 10);
     magnitude /= 10;
   } while (magnitude != 0);
-  if (negative) *--p = '-';
-  text += p;
+  if (value < 0) *--p = '-';
+  return p;
 }
 
 }  // namespace
@@ -90,12 +92,15 @@ kiErrorInfo& kiErrorInfo::operator=(const kiErrorInfo& other) {
 kiErrorInfo::~kiErrorInfo() { DeleteChain(cause); }
 
 kiCString kiErrorInfo::ToString() const {
-  kiCString text;
+  // Gathered in a doubling buffer, then copied once: appending to a string
+  // link by link would reallocate at every step of a long chain.
+  kiGrowingBuffer text;
+  char digits[16];
   for (const kiErrorInfo* link = this; link != nullptr && link->code != 0; link = link->cause) {
     // " (error: %ld%s)", the %s being " [context]" and " 'message'" when present;
     // built by appending so that a message with a zero byte is kept whole.
     text += " (error: ";
-    AppendDecimal(text, link->code);
+    text += FormatCode(digits, link->code);
     if (link->context != nullptr && link->context[0] != '\0') {
       text += " [";
       text += link->context;
@@ -103,12 +108,12 @@ kiCString kiErrorInfo::ToString() const {
     }
     if (!link->message.IsEmpty()) {
       text += " '";
-      text += link->message;
+      text.Append(link->message.c_str(), link->message.length());
       text += "'";
     }
     text += ")";
   }
-  return text;
+  return kiCString(reinterpret_cast<const char*>(text.buffer()), text.length());
 }
 
 kiError& kiError::operator=(int code) {
@@ -135,7 +140,8 @@ void kiError::ConvertTo(int code, const char* message) {
 kiCString kiError::ToShortString() const {
   kiCString text;
   if (m_info.code == 0) return text;
-  AppendDecimal(text, m_info.code);
+  char digits[16];
+  text = FormatCode(digits, m_info.code);
   if (!m_info.message.IsEmpty()) {
     text += ": ";
     text += m_info.message;
