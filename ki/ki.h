@@ -22,5 +22,6 @@
 #include "ki/core/StringData.h"
 #include "ki/core/StringList.h"
 #include "ki/core/StringTokenizer.h"
+#include "ki/core/UInt64.h"
 
 #endif  // KI_KI_H

@@ -9,7 +9,8 @@ list(APPEND KI_PUBLIC_HEADERS
   core/String.h
   core/StringData.h
   core/StringList.h
-  core/StringTokenizer.h)
+  core/StringTokenizer.h
+  core/UInt64.h)
 list(APPEND KI_SOURCES
   core/CString.cpp
   core/Convert.cpp
@@ -20,5 +21,6 @@ list(APPEND KI_SOURCES
   core/StringList.cpp
   core/StringTokenizer.cpp
   core/StringTokenizer_p.h
+  core/UInt64.cpp
   core/UTF8_p.h
   core/UTF8.cpp)
