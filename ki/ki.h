@@ -13,6 +13,7 @@
 #include "ki/proc/kiStr.h"
 
 // Core
+#include "ki/core/BitString.h"
 #include "ki/core/CString.h"
 #include "ki/core/Convert.h"
 #include "ki/core/DataBuffer.h"

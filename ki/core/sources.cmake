@@ -1,6 +1,7 @@
 # core/ - strings, conversions, tokenizers, errors, byte buffers and the log
 # convention.
 list(APPEND KI_PUBLIC_HEADERS
+  core/BitString.h
   core/CString.h
   core/Convert.h
   core/DataBuffer.h
@@ -12,6 +13,7 @@ list(APPEND KI_PUBLIC_HEADERS
   core/StringTokenizer.h
   core/UInt64.h)
 list(APPEND KI_SOURCES
+  core/BitString.cpp
   core/CString.cpp
   core/Convert.cpp
   core/DataBuffer.cpp
