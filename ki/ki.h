@@ -19,6 +19,7 @@
 #include "ki/core/DataBuffer.h"
 #include "ki/core/Error.h"
 #include "ki/core/Log.h"
+#include "ki/core/Obfuscate.h"
 #include "ki/core/String.h"
 #include "ki/core/StringData.h"
 #include "ki/core/StringList.h"

@@ -7,6 +7,7 @@ list(APPEND KI_PUBLIC_HEADERS
   core/DataBuffer.h
   core/Error.h
   core/Log.h
+  core/Obfuscate.h
   core/String.h
   core/StringData.h
   core/StringList.h
@@ -18,6 +19,8 @@ list(APPEND KI_SOURCES
   core/Convert.cpp
   core/DataBuffer.cpp
   core/Error.cpp
+  core/Obfuscate.cpp
+  core/Obfuscate_p.h
   core/String.cpp
   core/StringCore_p.h
   core/StringList.cpp
