@@ -26,4 +26,7 @@
 #include "ki/core/StringTokenizer.h"
 #include "ki/core/UInt64.h"
 
+// Containers and references
+#include "ki/containers/List.h"
+
 #endif  // KI_KI_H
