@@ -9,6 +9,7 @@
 #include "ki/os/kiDebug.h"
 #include "ki/os/kiPlatform.h"
 #include "ki/proc/kiFatalError.h"
+#include "ki/proc/kiHashTable.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiStr.h"
 
@@ -28,5 +29,6 @@
 
 // Containers and references
 #include "ki/containers/List.h"
+#include "ki/containers/StringHashMap.h"
 
 #endif  // KI_KI_H

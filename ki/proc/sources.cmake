@@ -1,11 +1,13 @@
 # proc/ - the portable procedural modules.
 list(APPEND KI_PUBLIC_HEADERS
   proc/kiFatalError.h
+  proc/kiHashTable.h
   proc/kiMem.h
   proc/kiStr.h)
 list(APPEND KI_SOURCES
   proc/kiFatalError.cpp
   proc/kiFatalError_p.h
+  proc/kiHashTable.cpp
   proc/kiLogError.cpp
   proc/kiLogError_p.h
   proc/kiMem.cpp
