@@ -29,6 +29,8 @@
 
 // Containers and references
 #include "ki/containers/List.h"
+#include "ki/containers/Ref.h"
 #include "ki/containers/StringHashMap.h"
+#include "ki/containers/UserData.h"
 
 #endif  // KI_KI_H

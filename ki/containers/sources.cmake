@@ -2,7 +2,11 @@
 # user data.
 list(APPEND KI_PUBLIC_HEADERS
   containers/List.h
-  containers/StringHashMap.h)
+  containers/Ref.h
+  containers/StringHashMap.h
+  containers/UserData.h)
 list(APPEND KI_SOURCES
   containers/List.cpp
-  containers/StringHashMap.cpp)
+  containers/Ref.cpp
+  containers/StringHashMap.cpp
+  containers/UserData.cpp)
