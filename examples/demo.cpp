@@ -1,5 +1,6 @@
-// demo.cpp - a tour of what ki offers so far: strings, numbers, logging and
-// the fatal-error callback.
+// demo.cpp - a tour of what ki offers so far: strings, numbers, errors, byte
+// buffers, lists, the hash map, references, logging and the fatal-error
+// callback.
 #include <clocale>
 #include <cstdio>
 #include <ki/ki.h>
@@ -7,6 +8,18 @@
 KI_LOG_SOURCE("examples/demo")
 
 namespace {
+
+void PrintEntry(const char* key, const char* value, void* context) {
+  ++*static_cast<int*>(context);
+  std::printf(" %s=%s", key, value);
+}
+
+// A payload that says when the last reference lets it go.
+class Track : public kiUserData_CString {
+ public:
+  explicit Track(const char* title) : kiUserData_CString(title) {}
+  ~Track() override { std::printf("track '%s' released\n", GetString().c_str()); }
+};
 
 void OnFatal(const char* tag) {
   std::printf("demo: the fatal-error callback saw '%s'\n", tag);
@@ -52,6 +65,52 @@ int main() {
   while (tokens.HasMoreTokens()) std::printf(" [%s]", tokens.GetNextToken().c_str());
   kiCSVStringList list("mp3,flac\\,lossless,ogg", '\\');
   std::printf("\nlist of %u, second item '%s'\n", list.GetCount(), list.GetAt(1));
+
+  // Errors wrap their causes, newest first.
+  kiError err(-3, "Unable to open file 'settings.ini'");
+  err.ConvertTo(-1, "Cannot load the settings");
+  std::printf("error%s\nshort: %s\n", err.ToString().c_str(), err.ToShortString().c_str());
+
+  // 64-bit values, bits and bytes.
+  kiuint64 big = kiuint64::FromString("18446744073709551615");
+  kiGrowingBuffer bytes;
+  bytes += "max=";
+  bytes += big == kkiuint64_Max ? 1u : 0u;
+  const unsigned char header[] = {0xA5, 0x0F};
+  kiBitString bits(header, sizeof(header));
+  unsigned int nibble = bits.Get(4);
+  std::printf("%s (%.*s), bits: %#x then peek %#x, %u left\n", big.ToCString().c_str(),
+              static_cast<int>(bytes.length()), reinterpret_cast<const char*>(bytes.buffer()),
+              nibble, bits.Peek(8), bits.GetRemainingBitCount());
+  kiCString hidden = kiObfuscate::To_B64RC4("device-42", "key");
+  std::printf("obfuscated: %s -> %s\n", hidden.c_str(),
+              kiObfuscate::From_B64RC4(hidden, "key").c_str());
+
+  // A list whose iterator survives the removal of the item it stands on.
+  kiList<int> numbers;
+  for (int i = 1; i <= 5; ++i) numbers.push_back(i);
+  kiList<int>::ForwardIterator it(&numbers);
+  while (it.Next()) {
+    if (it.Get() % 2 == 0) numbers.pop(it);  // the walk goes on with the next item
+  }
+  std::printf("odd numbers left: %d (%d..%d)\n", numbers.size(), numbers.front(), numbers.back());
+
+  // Eleven buckets, string keys, pointer values.
+  kiStringHashMap<const char*> mime;
+  mime.Add("flac", "audio/flac");
+  mime.Add("mp3", "audio/mpeg");
+  mime.Add("mp3", "audio/mp3");  // replaces
+  int visited = 0;
+  std::printf("mime map of %u:", mime.GetCount());
+  mime.ForEach(PrintEntry, &visited);
+  std::printf(" (%d visited, ogg %s)\n", visited, mime["ogg"] == nullptr ? "absent" : "present");
+
+  // References: the payload goes when its last holder does.
+  {
+    kiRef<kiUserData> first(new Track("Intro"));
+    kiRef<kiUserData> second = first;
+    std::printf("track held %d times\n", first->_GetRefCount());
+  }
 
   // A record in the library's shape, to standard error.
   KI_LOG(kiLogLevel_Error, kiLogCat_General, "demo: a sample error record (%s)\n", "level 1");
