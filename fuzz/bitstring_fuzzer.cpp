@@ -6,44 +6,20 @@
 // exactly that size, so a read past it is caught), then operations, each an
 // opcode byte and an argument byte. Reads past the end of the input give zeros.
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 
 #include "ki/core/BitString.h"
+
+#include "FuzzInput.h"
 
 namespace {
 
 constexpr size_t kMaxInput = 4096;
 constexpr int kMaxOps = 512;
 
-[[noreturn]] void Fail(const char* what) {
-  std::fprintf(stderr, "broken: %s\n", what);
-  std::abort();
-}
-
-void Check(bool ok, const char* what) {
-  if (!ok) Fail(what);
-}
-
-class Reader {
- public:
-  Reader(const uint8_t* data, size_t size) : m_data(data), m_size(size) {}
-  bool AtEnd() const { return m_at >= m_size; }
-  size_t Left() const { return m_at < m_size ? m_size - m_at : 0; }
-  uint8_t Byte() { return m_at < m_size ? m_data[m_at++] : 0; }
-  const uint8_t* Take(size_t n) {
-    const uint8_t* p = m_data + m_at;
-    m_at += n;
-    return p;
-  }
-
- private:
-  const uint8_t* m_data;
-  size_t m_size;
-  size_t m_at = 0;
-};
+using kiFuzz::Check;
+using kiFuzz::Reader;
 
 // One bit position over the buffer; bits past the end read as zero.
 class Model {
@@ -179,7 +155,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // A block of exactly the buffer's size; an empty buffer is sometimes null.
   std::unique_ptr<uint8_t[]> buffer(length != 0 || (wanted & 0x8000) == 0 ? new uint8_t[length]
                                                                           : nullptr);
-  if (length != 0) std::memcpy(buffer.get(), in.Take(length), length);
+  if (length != 0) std::memcpy(buffer.get(), in.Take(length).data, length);  // length <= Left()
 
   uint8_t eight[8] = {};
   if (length != 0) std::memcpy(eight, buffer.get(), length < 8 ? length : 8);

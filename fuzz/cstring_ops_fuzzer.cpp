@@ -8,12 +8,12 @@
 // operation's arguments; reads past the end give zeros.
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include "ki/core/CString.h"
+
+#include "FuzzInput.h"
 
 namespace {
 
@@ -23,9 +23,9 @@ constexpr size_t kMaxPrintfLength = 1300;  // Printf is quadratic past 1024
 
 const char* g_op = "";  // the operation under way, for the failure report
 
+// kiFuzz::Fail with the operation under way.
 [[noreturn]] void Fail(const char* what) {
-  std::fprintf(stderr, "broken: %s (operation %s)\n", what, g_op);
-  std::abort();
+  kiFuzz::Fail((std::string(what) + " (operation " + g_op + ")").c_str());
 }
 
 void Check(bool ok, const char* what) {
@@ -57,12 +57,9 @@ struct Text {
   std::string C() const { return CPart(Ptr()); }
 };
 
-class Reader {
+class Reader : public kiFuzz::Reader {
  public:
-  Reader(const uint8_t* data, size_t size) : m_data(data), m_size(size) {}
-  bool AtEnd() const { return m_at >= m_size; }
-  uint8_t Byte() { return m_at < m_size ? m_data[m_at++] : 0; }
-  bool Flag() { return (Byte() & 1) != 0; }
+  using kiFuzz::Reader::Reader;
 
   // A position or count near the edges of a string of length n: small, n
   // minus or plus a little (wrapping below zero), or kiNPos minus a little.
@@ -101,11 +98,6 @@ class Reader {
     }
     return t;
   }
-
- private:
-  const uint8_t* m_data;
-  size_t m_size;
-  size_t m_at = 0;
 };
 
 // ---- Models --------------------------------------------------------------------

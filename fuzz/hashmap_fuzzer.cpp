@@ -7,8 +7,6 @@
 // (low 2 bits, so 0..3) and that many bytes from an 8-letter alphabet, so keys
 // collide and share buckets; a value is one byte. Reads past the end give zeros.
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <map>
@@ -20,37 +18,26 @@
 #include "ki/proc/kiHashTable.h"
 #include "ki/proc/kiMem.h"
 
+#include "FuzzInput.h"
+
 namespace {
 
 constexpr size_t kMaxInput = 4096;
 
 using Entries = std::vector<std::pair<std::string, std::string>>;
 
-[[noreturn]] void Fail(const char* what) {
-  std::fprintf(stderr, "broken: %s\n", what);
-  std::abort();
-}
+using kiFuzz::Check;
+using kiFuzz::Fail;
 
-void Check(bool ok, const char* what) {
-  if (!ok) Fail(what);
-}
-
-class Reader {
+class Reader : public kiFuzz::Reader {
  public:
-  Reader(const uint8_t* data, size_t size) : m_data(data), m_size(size) {}
-  bool AtEnd() const { return m_at >= m_size; }
-  uint8_t Byte() { return m_at < m_size ? m_data[m_at++] : 0; }
+  using kiFuzz::Reader::Reader;
   std::string Key() {
     static const char kAlphabet[] = "abmxAB\xff~";  // "b", "m", "x" share a bucket
     std::string key;
     for (int n = Byte() & 3; n > 0; --n) key += kAlphabet[Byte() & 7];
     return key;
   }
-
- private:
-  const uint8_t* m_data;
-  size_t m_size;
-  size_t m_at = 0;
 };
 
 // Values of the duplicates table are texts copied by the table; "" cannot be

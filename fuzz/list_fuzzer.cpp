@@ -9,14 +9,14 @@
 // Input: one byte an operation, the bytes after it its arguments; reads past
 // the end give zeros.
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <iterator>
 #include <list>
 #include <memory>
 #include <vector>
 
 #include "ki/containers/List.h"
+
+#include "FuzzInput.h"
 
 namespace {
 
@@ -28,26 +28,8 @@ constexpr size_t kPool = 8;
 using IntList = kiList<int>;
 using Item = IntList::Item;
 
-[[noreturn]] void Fail(const char* what) {
-  std::fprintf(stderr, "broken: %s\n", what);
-  std::abort();
-}
-
-void Check(bool ok, const char* what) {
-  if (!ok) Fail(what);
-}
-
-class Reader {
- public:
-  Reader(const uint8_t* data, size_t size) : m_data(data), m_size(size) {}
-  bool AtEnd() const { return m_at >= m_size; }
-  uint8_t Byte() { return m_at < m_size ? m_data[m_at++] : 0; }
-
- private:
-  const uint8_t* m_data;
-  size_t m_size;
-  size_t m_at = 0;
-};
+using kiFuzz::Check;
+using kiFuzz::Reader;
 
 // An element of the model: the real item (its identity) and its value.
 struct Entry {

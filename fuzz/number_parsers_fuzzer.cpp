@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -13,14 +12,15 @@
 #include "ki/core/CString.h"
 #include "ki/proc/kiStr.h"
 
+#include "FuzzInput.h"
+
 namespace {
 
 constexpr size_t kMaxInput = 4096;
 
+// kiFuzz::Check with the text that broke it.
 void Check(bool ok, const char* what, const char* text) {
-  if (ok) return;
-  std::fprintf(stderr, "broken: %s on \"%s\"\n", what, text);
-  std::abort();
+  if (!ok) kiFuzz::Fail((std::string(what) + " on \"" + text + "\"").c_str());
 }
 
 bool IsSpace(char c) { return c == ' ' || (c >= 9 && c <= 13); }
@@ -142,8 +142,8 @@ void CheckSigned(const char* text, size_t length) {
       Check(code == kiStr_NoNumber && value == 0, "ParseInt32Base refuses a bad base", text);
     } else {
       const Expected e = SignedModel(text, base);
-      Check(code == e.code && value == static_cast<int>(e.value),
-            "ParseInt32Base against strtoll", text);
+      Check(code == e.code && value == static_cast<int>(e.value), "ParseInt32Base against strtoll",
+            text);
     }
     int i = 1;
     long l = 1;

@@ -9,14 +9,14 @@
 // operations. Reads past the end give zeros.
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "ki/core/StringList.h"
 #include "ki/core/StringTokenizer.h"
+
+#include "FuzzInput.h"
 
 namespace {
 
@@ -25,35 +25,8 @@ constexpr int kMaxOps = 64;
 
 using Items = std::vector<std::string>;
 
-[[noreturn]] void Fail(const char* what) {
-  std::fprintf(stderr, "broken: %s\n", what);
-  std::abort();
-}
-
-void Check(bool ok, const char* what) {
-  if (!ok) Fail(what);
-}
-
-class Reader {
- public:
-  Reader(const uint8_t* data, size_t size) : m_data(data), m_size(size) {}
-  bool AtEnd() const { return m_at >= m_size; }
-  uint8_t Byte() { return m_at < m_size ? m_data[m_at++] : 0; }
-  std::string Until(uint8_t stop) {
-    std::string s;
-    while (!AtEnd()) {
-      const uint8_t b = Byte();
-      if (b == stop) break;
-      s += static_cast<char>(b);
-    }
-    return s;
-  }
-
- private:
-  const uint8_t* m_data;
-  size_t m_size;
-  size_t m_at = 0;
-};
+using kiFuzz::Check;
+using kiFuzz::Reader;
 
 // ---- Tokenizer model ---------------------------------------------------------
 

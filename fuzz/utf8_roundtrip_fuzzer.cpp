@@ -6,8 +6,6 @@
 // heap block of exactly its size (so a read past the terminator is caught):
 // as UTF-8 bytes, as UTF-16 units, and as wchar_t values.
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -15,18 +13,13 @@
 
 #include "ki/core/Convert.h"
 
+#include "FuzzInput.h"
+
 namespace {
 
 constexpr size_t kMaxInput = 4096;
 
-[[noreturn]] void Fail(const char* what) {
-  std::fprintf(stderr, "broken: %s\n", what);
-  std::abort();
-}
-
-void Check(bool ok, const char* what) {
-  if (!ok) Fail(what);
-}
+using kiFuzz::Check;
 
 // data read as C items, up to the first zero, in a heap block of exactly that
 // size with a terminator.
