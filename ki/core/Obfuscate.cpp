@@ -162,7 +162,9 @@ kiCString kiObfuscate::From_B64RC4(const kiCString& text, const char* key) {
   InitKey(&state, key);
   kiRC4_Crypt(&state, bytes, n);
   bytes[n] = 0;
-  kiCString result(plain, n);
+  // The text ends at its terminator: a wrong key can decrypt to a zero byte,
+  // and the answer is text, as the input to To_B64RC4 is.
+  kiCString result(plain);
   kiMem_Free(bytes);
   return result;
 }

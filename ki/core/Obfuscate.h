@@ -18,7 +18,8 @@ class KI_API kiObfuscate {
   // empty key counts as the one-byte key {0}.
   static kiCString To_B64RC4(const kiCString& text, const char* key);
   // The reverse: Base64-decoded (see kiBase64_Decode), cut at the first zero
-  // byte, decrypted with the key. Text that is not Base64 gives whatever its
+  // byte, decrypted with the key; the answer ends at its first zero byte (a
+  // wrong key can decrypt to one). Text that is not Base64 gives whatever its
   // leading Base64 characters decode to, possibly nothing.
   static kiCString From_B64RC4(const kiCString& text, const char* key);
 };

@@ -110,6 +110,9 @@ TEST(ObfuscateTest, RoundTripsAndTheZeroByteCut) {
   EXPECT_STREQ("", To("\353abc", "Key").c_str());
   EXPECT_STREQ("A", From(To("A\237bc", "Key"), "Key").c_str());
   EXPECT_STREQ("", From("AAAA", "Key").c_str());  // decodes to zero bytes
+  // A wrong key can decrypt to a zero byte: the answer is text and ends there.
+  const kiCString wrongKey = From("adew", "ke");
+  EXPECT_EQ(std::strlen(wrongKey.c_str()), wrongKey.length());
 }
 
 }  // namespace
