@@ -1,7 +1,7 @@
-// number_parsers_fuzzer.cpp - the kiStr_Parse* functions and the kiCString
-// To* wrappers on arbitrary text, checked against the C library's strto*
-// functions (the process stays in the "C" locale) wherever both read the
-// same syntax.
+// number_parsers_fuzzer.cpp - the kiStr_Parse* functions, the kiCString To*
+// wrappers and kiuint64::FromString on arbitrary text, checked against the C
+// library's strto* functions (the process stays in the "C" locale) wherever
+// both read the same syntax.
 #include <cerrno>
 #include <climits>
 #include <cstdint>
@@ -10,6 +10,7 @@
 #include <string>
 
 #include "ki/core/CString.h"
+#include "ki/core/UInt64.h"
 #include "ki/proc/kiStr.h"
 
 #include "FuzzInput.h"
@@ -181,6 +182,25 @@ void CheckDouble(const char* text, size_t length) {
   Check(kiStr_ParseDouble(text, nullptr) == code, "ParseDouble without a value", text);
 }
 
+// kiuint64::FromString: white space, an optional '+', decimal digits, the
+// rest ignored; saturating at the maximum; the default for a '-' or no digit.
+// The same text widened to UTF-16 gives the same answer.
+void CheckUInt64(const char* text, size_t length) {
+  const kiuint64 fallback(0xDEADBEEFu, 0x12345678u);
+  unsigned long long expected = fallback.GetValue();
+  if (*SkipSpace(text) != '-') {
+    char* end = nullptr;
+    errno = 0;
+    const unsigned long long v = std::strtoull(text, &end, 10);
+    if (end != text) expected = errno == ERANGE ? ~0ULL : v;
+  }
+  Check(kiuint64::FromString(text, fallback).GetValue() == expected,
+        "kiuint64::FromString against strtoull", text);
+  std::u16string wide(text, text + length);
+  Check(kiuint64::FromString(wide.c_str(), fallback).GetValue() == expected,
+        "kiuint64::FromString on UTF-16", text);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -191,5 +211,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   CheckUnsigned(text, length);
   CheckSigned(text, length);
   CheckDouble(text, length);
+  CheckUInt64(text, length);
   return 0;
 }
