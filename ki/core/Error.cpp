@@ -2,6 +2,8 @@
 // loop, so a chain of any length costs no stack.
 #include "ki/core/Error.h"
 
+#include <cstdio>
+
 #include "ki/core/DataBuffer.h"
 
 namespace {
@@ -49,21 +51,10 @@ void DeleteChain(kiErrorInfo* first) {
   }
 }
 
-// The code in decimal, written backwards from the end of digits; answers the
-// first character.
-char* FormatCode(char (&digits)[16], int code) {
-  char* p = digits + sizeof(digits);
-  *--p = '\0';
-  // Widened first so that the most negative code has a magnitude.
-  long long value = code;
-  unsigned long long magnitude = value < 0 ? 0ULL - static_cast<unsigned long long>(value)
-                                           : static_cast<unsigned long long>(value);
-  do {
-    *--p = static_cast<char>('0' + magnitude % 10);
-    magnitude /= 10;
-  } while (magnitude != 0);
-  if (value < 0) *--p = '-';
-  return p;
+// The code in decimal ("%d" has no locale-dependent form).
+const char* FormatCode(char (&digits)[16], int code) {
+  std::snprintf(digits, sizeof digits, "%d", code);
+  return digits;
 }
 
 }  // namespace
