@@ -7,6 +7,7 @@
 
 // Procedural layer
 #include "ki/os/kiDebug.h"
+#include "ki/os/kiOSThread.h"
 #include "ki/os/kiPlatform.h"
 #include "ki/proc/kiFatalError.h"
 #include "ki/proc/kiHashTable.h"
@@ -32,5 +33,13 @@
 #include "ki/containers/Ref.h"
 #include "ki/containers/StringHashMap.h"
 #include "ki/containers/UserData.h"
+
+// Threads and locks
+#include "ki/os/Condition.h"
+#include "ki/os/CriticalSection.h"
+#include "ki/os/Mutex.h"
+#include "ki/os/Semaphore.h"
+#include "ki/os/SingleInstanceChecker.h"
+#include "ki/os/StoppableThread.h"
 
 #endif  // KI_KI_H

@@ -1,5 +1,24 @@
-# os/ - the operating-system services: declarations here, one implementation
-# per platform folder.
+# os/ - the operating-system services and threads: the kiOS* declarations
+# (implemented once per platform folder), the classes over them, and the parts
+# built only from other kiOS records (the condition), which are portable.
 list(APPEND KI_PUBLIC_HEADERS
+  os/Condition.h
+  os/CriticalSection.h
+  os/Mutex.h
+  os/Semaphore.h
+  os/SingleInstanceChecker.h
+  os/StoppableThread.h
   os/kiDebug.h
+  os/kiOSThread.h
   os/kiPlatform.h)
+list(APPEND KI_SOURCES
+  os/Condition.cpp
+  os/CriticalSection.cpp
+  os/Mutex.cpp
+  os/Semaphore.cpp
+  os/SingleInstanceChecker.cpp
+  os/StoppableThread.cpp
+  os/Timeout_p.h
+  os/kiOSCondition.cpp
+  os/kiOSFault.cpp
+  os/kiOSThread_p.h)

@@ -3,6 +3,22 @@
 #define KI_POSIX_KIPOSIX_P_H
 
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <time.h>
+
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define KI_POSIX_TSAN 1
+#endif
+#endif
+#if defined(__SANITIZE_THREAD__)
+#define KI_POSIX_TSAN 1
+#endif
+
+#if defined(KI_POSIX_TSAN)
+#include <sanitizer/tsan_interface.h>
+#endif
 
 // Repeats a system call while it is interrupted by a signal.
 template <typename Call>
@@ -13,5 +29,25 @@ auto kiPosix_RetryOnEINTR(Call call) -> decltype(call()) {
   } while (result == -1 && errno == EINTR);
   return result;
 }
+
+// Tells ThreadSanitizer that the calling thread has synchronised with the
+// releases made on address (used after calls it does not know, such as
+// sem_clockwait); nothing in other builds.
+inline void kiPosix_AnnotateAcquire(void* address) {
+#if defined(KI_POSIX_TSAN)
+  __tsan_acquire(address);
+#else
+  (void)address;
+#endif
+}
+
+// A zero-filled record of size bytes from the ordinary heap (freed with
+// kiMem_Free), or null when memory is short or the test seam says so. Unlike
+// kiMem_Malloc this never ends the process: the records' callers log and
+// answer null.
+void* kiPosix_AllocRecord(std::size_t size);
+
+// The CLOCK_MONOTONIC time ms milliseconds from now.
+timespec kiPosix_MonotonicDeadline(std::uint32_t ms);
 
 #endif  // KI_POSIX_KIPOSIX_P_H

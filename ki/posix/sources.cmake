@@ -2,6 +2,11 @@
 find_package(Threads REQUIRED)
 list(APPEND KI_SOURCES
   posix/kiDebug.cpp
+  posix/kiOSMutex.cpp
+  posix/kiOSSemaphore.cpp
+  posix/kiOSSingleInstanceChecker.cpp
+  posix/kiOSThread.cpp
   posix/kiPlatform.cpp
+  posix/kiPosix.cpp
   posix/kiPosix_p.h)
 set(KI_PLATFORM_LIBRARIES Threads::Threads ${CMAKE_DL_LIBS})

@@ -1,0 +1,138 @@
+// LockTest.cpp - kiMutex, kiCriticalSection, kiSemaphore and their lockers,
+// and the fatal end of every lock class whose system part cannot be made.
+#include <atomic>
+#include <chrono>
+#include <climits>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "ki/os/Condition.h"
+#include "ki/os/CriticalSection.h"
+#include "ki/os/Mutex.h"
+#include "ki/os/Semaphore.h"
+#include "ki/os/kiOSThread_p.h"
+#include "support/ChildProcess.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+// Recursion is the point of these locks, which the static lock analysis
+// cannot follow.
+TEST(LockTest, MutexIsRecursiveAndRefusesAForeignUnlock) KI_NO_THREAD_SAFETY_ANALYSIS {
+  kiMutex m;
+  EXPECT_EQ(0, m.Lock());
+  EXPECT_EQ(0, m.Lock());
+  int foreign = -1;
+  std::thread([&]() KI_NO_THREAD_SAFETY_ANALYSIS { foreign = m.Unlock(); }).join();
+  EXPECT_EQ(1, foreign);
+  EXPECT_EQ(0, m.Unlock());
+  EXPECT_EQ(0, m.Unlock());
+  EXPECT_EQ(1, m.Unlock());
+  m.AssertLocked();
+}
+
+TEST(LockTest, LockersHoldForTheirScope) {
+  kiMutex m;
+  kiCriticalSection s;
+  long counter = 0;  // plain: the lockers protect it
+  auto work = [&] {
+    for (int i = 0; i < 10000; ++i) {
+      kiMutexLocker outer(&m);
+      kiCriticalSectionLocker inner(&s);
+      kiCriticalSectionLocker again(&s);  // recursive
+      ++counter;
+    }
+  };
+  std::thread a(work), b(work);
+  a.join();
+  b.join();
+  EXPECT_EQ(20000, counter);
+  kiMutexLocker none(nullptr);  // a null lock is ignored
+  kiCriticalSectionLocker noSection(nullptr);
+}
+
+TEST(LockTest, CriticalSectionRefusesAForeignLeave) {
+  kiCriticalSection s;
+  EXPECT_EQ(0, s.Enter());
+  int foreign = -1;
+  std::thread([&] { foreign = s.Leave(); }).join();
+  EXPECT_EQ(1, foreign);
+  EXPECT_EQ(0, s.Leave());
+}
+
+TEST(LockTest, SemaphoreCountsAndWaitsAcrossThreads) {
+  kiSemaphore s(2);
+  EXPECT_EQ(0, s.WaitTimeout(0));
+  EXPECT_EQ(0, s.Wait());
+  EXPECT_EQ(1, s.WaitTimeout(0));
+  EXPECT_EQ(1, s.WaitTimeout(5));
+  std::thread poster([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    s.Post();
+  });
+  // Every value from 0xFFFFFFFF up waits without limit rather than briefly.
+  EXPECT_EQ(0, s.WaitTimeout(ULONG_MAX));
+  poster.join();
+  std::thread poster2([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    s.Post();
+  });
+  EXPECT_EQ(0, s.WaitTimeout(0x100000000ul));
+  poster2.join();
+}
+
+TEST(LockTest, SemaphorePostBeyondTheCeilingFails) {
+  kiTest::LogCapture log;
+  kiSemaphore s(32768);
+  EXPECT_EQ(2, s.Post());
+  EXPECT_EQ(1u, log.Count());
+}
+
+struct FatalCase {
+  const char* what;
+  kiOSFault fault;
+  int skip;
+  std::function<void()> make;
+  const char* tag;
+};
+
+TEST(LockFatalTest, ConstructorsEndTheProcessWhenTheSystemRefuses) {
+  const FatalCase cases[] = {
+      {"mutex", kiOSFault_MutexCreate, 0, [] { kiMutex m; }, "os:mutex"},
+      {"critical section", kiOSFault_MutexCreate, 0, [] { kiCriticalSection s; },
+       "os:criticalsection"},
+      {"semaphore", kiOSFault_SemaphoreCreate, 0, [] { kiSemaphore s(0); }, "os:semaphore"},
+      {"semaphore above its ceiling", kiOSFault_Count, 0, [] { kiSemaphore s(32769); },
+       "os:semaphore"},
+      {"condition's own condition", kiOSFault_SemaphoreCreate, 0, [] { kiCondition c; },
+       "os:condition"},
+      {"condition's guard", kiOSFault_MutexCreate, 1, [] { kiCondition c(true, false); },
+       "os:mutex"},
+      {"extended condition", kiOSFault_SemaphoreCreate, 1,
+       [] {
+         kiMutex m;
+         kiConditionExt c(&m, false);
+       },
+       "os:condition"},
+      {"extended condition without a mutex", kiOSFault_Count, 0,
+       [] { kiConditionExt c(nullptr, false); }, "os:mutex"},
+  };
+  for (const FatalCase& c : cases) {
+    SCOPED_TRACE(c.what);
+    const kiTest::ChildResult r = kiTest::RunInChild([&] {
+      kiLog_SetLevel(0);  // only the console report matters here
+      if (c.fault != kiOSFault_Count) kiOS_FailForTesting(c.fault, c.skip);
+      c.make();
+      std::printf("survived\n");
+    });
+    EXPECT_EQ(255, r.exitStatus);
+    EXPECT_EQ(std::string("kiFatalError\nkiFatalError: ") + c.tag + "\n", r.out);
+  }
+}
+
+}  // namespace
