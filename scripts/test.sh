@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds and runs every test twice: a normal build (g++, warnings as errors)
 # and an AddressSanitizer + UndefinedBehaviorSanitizer build (clang) that also
-# gives every fuzzer a short run. Ends with one "N passed, N failed" line.
+# gives every fuzzer a short run; the threading tests run a third time under
+# ThreadSanitizer. Ends with one "N passed, N failed" line.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 out=${KI_BUILD_ROOT:-$root/build}
@@ -33,9 +34,10 @@ step() {  # name, command...: one more check in the summary
   fi
 }
 
-run_ctest() {  # name, build dir
-  local log="$2/ctest.log" status=0
-  ctest --test-dir "$2" -j "$jobs" --timeout 120 2>&1 | tee "$log" || status=$?
+run_ctest() {  # name, build dir, ctest arguments...
+  local log="$2/ctest.log" status=0 dir=$2
+  shift 2
+  ctest --test-dir "$dir" -j "$jobs" --timeout 120 "$@" 2>&1 | tee "$log" || status=$?
   count "$log"
   return $status
 }
@@ -76,6 +78,17 @@ cmake --build "$out/asan"
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_checks=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 run_ctest asan "$out/asan" || status=1
+
+echo "== ThreadSanitizer build of the threading tests (clang)"
+# The suites whose code runs on several threads: threads and locks, and the
+# log companion every thread writes through.
+tsan_targets="kiOSTest kivoToolsLogTest"
+cmake -S "$root" -B "$out/tsan" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DKI_WERROR=ON \
+  -DKI_SANITIZE=thread -DKI_BUILD_BENCH=OFF -DKI_BUILD_EXAMPLES=OFF >/dev/null
+cmake --build "$out/tsan" --target $tsan_targets
+export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
+run_ctest tsan "$out/tsan" -R "^(${tsan_targets// /|})\\." || status=1
 
 echo "== fuzzers (${FUZZ_SECONDS:-20} s each)"
 step fuzz bash "$root/fuzz/run_all.sh" "$out/asan/fuzz"
