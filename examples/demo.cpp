@@ -1,6 +1,6 @@
 // demo.cpp - a tour of what ki offers so far: strings, numbers, errors, byte
-// buffers, lists, the hash map, references, logging and the fatal-error
-// callback.
+// buffers, lists, the hash map, references, threads and locks, logging and the
+// fatal-error callback.
 #include <clocale>
 #include <cstdio>
 #include <ki/ki.h>
@@ -19,6 +19,29 @@ class Track : public kiUserData_CString {
  public:
   explicit Track(const char* title) : kiUserData_CString(title) {}
   ~Track() override { std::printf("track '%s' released\n", GetString().c_str()); }
+};
+
+// A worker in the library's shape: it counts until asked to stop, and tells
+// the main thread through an event when it has started counting.
+class Counter : public kiStoppableThread {
+ public:
+  Counter() : kiStoppableThread("demo-counter", 0) {}
+  void Stop() {
+    ThreadCancel();
+    ThreadWaitTerminate();
+  }
+  using kiStoppableThread::ThreadCreate;
+  kiCondition started;
+  kiSemaphore ticks{0};
+
+ protected:
+  void OnRun() override {
+    started.Signal();
+    while (!TestExit()) {
+      ticks.Post();
+      ThreadSleep(1);
+    }
+  }
 };
 
 void OnFatal(const char* tag) {
@@ -110,6 +133,21 @@ int main() {
     kiRef<kiUserData> first(new Track("Intro"));
     kiRef<kiUserData> second = first;
     std::printf("track held %d times\n", first->_GetRefCount());
+  }
+
+  // A thread: create, start (Go returns once OnRun runs), stop, join.
+  {
+    kiSingleInstanceChecker instance("ki-demo", nullptr);
+    std::printf("another demo running: %s\n", instance.IsAnotherRunning() ? "yes" : "no");
+    Counter counter;
+    if (counter.ThreadCreate() == 0) {
+      counter.Go(kiThreadState_Running);
+      counter.started.Wait();
+      int taken = 0;
+      while (taken < 3 && counter.ticks.WaitTimeout(1000) == 0) ++taken;
+      counter.Stop();
+      std::printf("worker ticked %d times, state %d\n", taken, counter.GetThreadState());
+    }
   }
 
   // A record in the library's shape, to standard error.
