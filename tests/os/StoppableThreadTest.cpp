@@ -147,10 +147,4 @@ TEST(StoppableThreadTest, FailuresAreLoggedInTheThreadCategory) {
   w.ThreadWaitTerminate();
 }
 
-TEST(StoppableThreadTest, DefaultThreadRunsTheEmptyOnRun) {
-  kiStoppableThread plain;
-  EXPECT_EQ(0, plain.GetThreadKind());
-  kiStoppableThread::ThreadSleep(-5);  // negative: no sleep
-}
-
 }  // namespace

@@ -261,12 +261,6 @@ TEST_F(OSThreadTest, CreationFailuresAreLoggedAndAnswerNull) {
   kiOSThread_Delete(nullptr);
 }
 
-TEST_F(OSThreadTest, SleepSleepsAtLeastTheTimeAsked) {
-  const auto start = std::chrono::steady_clock::now();
-  kiOSThread_Sleep(15);
-  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(15));
-}
-
 // ---------------------------------------------------------------- locks
 
 TEST_F(OSThreadTest, MutexAndCriticalSectionAreRecursiveForTheirOwner) {
