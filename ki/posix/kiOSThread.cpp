@@ -71,11 +71,18 @@ void* StartRoutine(void* argument) {
 }
 
 // Joins the pthread once; a thread that cannot be joined (it is the caller)
-// is detached instead, so its resources are still returned.
+// is detached instead, so its resources are still returned. Failing both is
+// the failure to close the thread's handle.
 void Reap(kiOSThread* t) {
   if (t->reaped) return;
   t->reaped = true;
-  if (pthread_join(t->thread, nullptr) != 0) pthread_detach(t->thread);
+  if (pthread_join(t->thread, nullptr) == 0) return;
+  const int error = pthread_detach(t->thread);
+  if (error != 0) {
+    KI_LOG(kiLogLevel_Error, kiLogCat_OS,
+           "kiOSThread: CloseHandle on Thread handle failed (error = %ld)\n",
+           static_cast<long>(error));
+  }
 }
 
 }  // namespace
