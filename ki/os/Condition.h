@@ -7,7 +7,6 @@
 #include "ki/os/Mutex.h"
 
 struct kiOSCondition;  // opaque; defined by the OS layer
-struct kiOSMutex;
 
 // An event. A signal given while nobody waits is remembered: the next wait
 // returns at once. With auto reset every wait clears the signal (also one that

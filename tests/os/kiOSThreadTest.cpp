@@ -63,10 +63,15 @@ kiOSThread_Data DataFor(Probe* p, int detached = 0, std::uint32_t stack = 0) {
   return kiOSThread_Data{RecordEntry, CountDestroy, p, stack, detached};
 }
 
+// A held thread running RecordEntry on p; null when it cannot be made.
+kiOSThread* NewThread(Probe* p, int detached = 0, std::uint32_t stack = 0) {
+  const kiOSThread_Data data = DataFor(p, detached, stack);
+  return kiOSThread_New(&data);
+}
+
 TEST_F(OSThreadTest, CreatedThreadWaitsForStartAndJoinWaitsForIt) {
   Probe p;
-  kiOSThread_Data data = DataFor(&p);
-  kiOSThread* t = kiOSThread_New(&data);
+  kiOSThread* t = NewThread(&p);
   ASSERT_NE(nullptr, t);
   std::this_thread::sleep_for(std::chrono::milliseconds(20));
   EXPECT_EQ(0, p.runs.load()) << "ran before kiOSThread_Start";
@@ -81,8 +86,7 @@ TEST_F(OSThreadTest, CreatedThreadWaitsForStartAndJoinWaitsForIt) {
 
 TEST_F(OSThreadTest, SecondStartFailsAndIsLogged) {
   Probe p;
-  kiOSThread_Data data = DataFor(&p);
-  kiOSThread* t = kiOSThread_New(&data);
+  kiOSThread* t = NewThread(&p);
   ASSERT_NE(nullptr, t);
   EXPECT_EQ(0, kiOSThread_Start(t));
   EXPECT_EQ(1, kiOSThread_Start(t));
@@ -100,8 +104,7 @@ TEST_F(OSThreadTest, SecondStartFailsAndIsLogged) {
 // A thread joined or deleted before it was started never runs its work.
 TEST_F(OSThreadTest, ThreadNeverStartedSkipsItsEntry) {
   Probe joined;
-  kiOSThread_Data data = DataFor(&joined);
-  kiOSThread* t = kiOSThread_New(&data);
+  kiOSThread* t = NewThread(&joined);
   ASSERT_NE(nullptr, t);
   EXPECT_EQ(0, kiOSThread_Join(t)) << "not waited for";
   EXPECT_EQ(0, kiOSThread_Start(t));
@@ -109,8 +112,7 @@ TEST_F(OSThreadTest, ThreadNeverStartedSkipsItsEntry) {
   EXPECT_EQ(0, joined.runs.load());
 
   Probe deleted;
-  data = DataFor(&deleted);
-  t = kiOSThread_New(&data);
+  t = NewThread(&deleted);
   ASSERT_NE(nullptr, t);
   kiOSThread_Delete(t);  // must not hang on the held thread
   EXPECT_EQ(0, deleted.runs.load());
@@ -118,8 +120,7 @@ TEST_F(OSThreadTest, ThreadNeverStartedSkipsItsEntry) {
 
 TEST_F(OSThreadTest, DetachedThreadCallsDestroyOnceAfterItsEntry) {
   Probe p;
-  kiOSThread_Data data = DataFor(&p, 1);
-  kiOSThread* t = kiOSThread_New(&data);
+  kiOSThread* t = NewThread(&p, 1);
   ASSERT_NE(nullptr, t);
   EXPECT_EQ(1, kiOSThread_Join(t)) << "detached threads are not joined";
   EXPECT_EQ(0, kiOSThread_Start(t));
@@ -134,8 +135,7 @@ TEST_F(OSThreadTest, DetachedThreadCallsDestroyOnceAfterItsEntry) {
 // neither runs nor calls its destroy callback.
 TEST_F(OSThreadTest, DetachedFlagAndUnstartedDetachedThread) {
   Probe joinable;
-  kiOSThread_Data data = DataFor(&joinable, 2);
-  kiOSThread* t = kiOSThread_New(&data);
+  kiOSThread* t = NewThread(&joinable, 2);
   ASSERT_NE(nullptr, t);
   EXPECT_EQ(0, kiOSThread_Start(t));
   EXPECT_EQ(0, kiOSThread_Join(t)) << "detached = 2 is joinable";
@@ -143,8 +143,7 @@ TEST_F(OSThreadTest, DetachedFlagAndUnstartedDetachedThread) {
   EXPECT_EQ(0, joinable.destroyed.load());
 
   Probe unstarted;
-  data = DataFor(&unstarted, 1);
-  t = kiOSThread_New(&data);
+  t = NewThread(&unstarted, 1);
   ASSERT_NE(nullptr, t);
   kiOSThread_Delete(t);
   std::this_thread::sleep_for(std::chrono::milliseconds(20));  // let it free its record
@@ -175,8 +174,7 @@ TEST_F(OSThreadTest, StackSizeRules) {
   pthread_attr_destroy(&attr);
   for (std::uint32_t asked : {0u, 1u}) {
     Probe p;
-    kiOSThread_Data data = DataFor(&p, 0, asked);
-    kiOSThread* t = kiOSThread_New(&data);
+    kiOSThread* t = NewThread(&p, 0, asked);
     ASSERT_NE(nullptr, t);
     kiOSThread_Start(t);
     kiOSThread_Delete(t);
@@ -194,8 +192,7 @@ TEST_F(OSThreadTest, PriorityScaleMapsToNiceValues) {
   kiOSSemaphore* hold = kiOSSemaphore_New(0);
   Probe p;
   p.hold = hold;
-  kiOSThread_Data data = DataFor(&p);
-  kiOSThread* t = kiOSThread_New(&data);
+  kiOSThread* t = NewThread(&p);
   ASSERT_NE(nullptr, t);
   kiOSThread_Start(t);
   ASSERT_TRUE(kiTest::WaitUntil([&] { return p.tid.load() != 0; }));
