@@ -13,6 +13,7 @@
 #include "ki/proc/kiHashTable.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiStr.h"
+#include "ki/proc/kiTime.h"
 
 // Core
 #include "ki/core/BitString.h"
@@ -41,5 +42,9 @@
 #include "ki/os/Semaphore.h"
 #include "ki/os/SingleInstanceChecker.h"
 #include "ki/os/StoppableThread.h"
+
+// Time
+#include "ki/os/DateTime.h"
+#include "ki/os/Timeout.h"
 
 #endif  // KI_KI_H

@@ -30,6 +30,7 @@ enum {
   kiLogCat_SocketTrace = 53,
   kiLogCat_SocketLog = 55,
   kiLogCat_Path = 57,
+  kiLogCat_Time = 58,
   kiLogCat_Telnet = 92,
   kiLogCat_PackedData = 99
 };

@@ -4,20 +4,24 @@
 list(APPEND KI_PUBLIC_HEADERS
   os/Condition.h
   os/CriticalSection.h
+  os/DateTime.h
   os/Mutex.h
   os/Semaphore.h
   os/SingleInstanceChecker.h
   os/StoppableThread.h
+  os/Timeout.h
   os/kiDebug.h
   os/kiOSThread.h
   os/kiPlatform.h)
 list(APPEND KI_SOURCES
   os/Condition.cpp
   os/CriticalSection.cpp
+  os/DateTime.cpp
   os/Mutex.cpp
   os/Semaphore.cpp
   os/SingleInstanceChecker.cpp
   os/StoppableThread.cpp
+  os/Timeout.cpp
   os/Timeout_p.h
   os/kiOSCondition.cpp
   os/kiOSFault.cpp

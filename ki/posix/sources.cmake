@@ -8,5 +8,6 @@ list(APPEND KI_SOURCES
   posix/kiOSThread.cpp
   posix/kiPlatform.cpp
   posix/kiPosix.cpp
-  posix/kiPosix_p.h)
+  posix/kiPosix_p.h
+  posix/kiTime.cpp)
 set(KI_PLATFORM_LIBRARIES Threads::Threads ${CMAKE_DL_LIBS})

@@ -3,7 +3,8 @@ list(APPEND KI_PUBLIC_HEADERS
   proc/kiFatalError.h
   proc/kiHashTable.h
   proc/kiMem.h
-  proc/kiStr.h)
+  proc/kiStr.h
+  proc/kiTime.h)
 list(APPEND KI_SOURCES
   proc/kiFatalError.cpp
   proc/kiFatalError_p.h
@@ -11,4 +12,6 @@ list(APPEND KI_SOURCES
   proc/kiLogError.cpp
   proc/kiLogError_p.h
   proc/kiMem.cpp
-  proc/kiStr.cpp)
+  proc/kiStr.cpp
+  proc/kiTime.cpp
+  proc/kiTime_p.h)
