@@ -1,6 +1,6 @@
 // demo.cpp - a tour of what ki offers so far: strings, numbers, errors, byte
-// buffers, lists, the hash map, references, threads and locks, logging and the
-// fatal-error callback.
+// buffers, lists, the hash map, references, threads and locks, dates and
+// time-outs, logging and the fatal-error callback.
 #include <clocale>
 #include <cstdio>
 #include <ki/ki.h>
@@ -41,6 +41,20 @@ class Counter : public kiStoppableThread {
       ticks.Post();
       ThreadSleep(1);
     }
+  }
+};
+
+// An owner loop's queue: it says which of its time-outs fell due.
+class Alarms : public kiTimeoutQueue {
+ public:
+  kiTimeout soon;
+  kiTimeout later;
+
+ protected:
+  void OnTimeouts() override {
+    kiTimeout* due = FirstExpiringTimeout();
+    std::printf("time-out '%s' fell due\n", due == &soon ? "soon" : "later");
+    TimeoutCancel(due);
   }
 };
 
@@ -147,6 +161,24 @@ int main() {
       while (taken < 3 && counter.ticks.WaitTimeout(1000) == 0) ++taken;
       counter.Stop();
       std::printf("worker ticked %d times, state %d\n", taken, counter.GetThreadState());
+    }
+  }
+
+  // Dates in local time, and an owner loop that sleeps until its next
+  // time-out and handles one per pass.
+  {
+    kiDateTime leap;
+    leap.ParseISODate("2024-02-30");  // an overlong day runs into March
+    char* rfc = kiTime_FormatRFC1123Date();
+    std::printf("2024-02-30 reads as %s; now is %s\n", leap.FormatISODate().c_str(), rfc);
+    kiMem_Free(rfc);
+    Alarms alarms;
+    alarms.TimeoutStart(&alarms.later, 30);
+    alarms.TimeoutStart(&alarms.soon, 10);
+    kiCondition wake;
+    while (kiTimeout* next = alarms.FirstExpiringTimeout()) {
+      wake.WaitTimeout(next->Remaining());
+      alarms.HandleExpiredTimeouts();
     }
   }
 
