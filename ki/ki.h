@@ -9,6 +9,7 @@
 #include "ki/os/kiDebug.h"
 #include "ki/os/kiOSThread.h"
 #include "ki/os/kiPlatform.h"
+#include "ki/proc/kiCommandLine.h"
 #include "ki/proc/kiFatalError.h"
 #include "ki/proc/kiHashTable.h"
 #include "ki/proc/kiMem.h"

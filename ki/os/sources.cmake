@@ -25,4 +25,6 @@ list(APPEND KI_SOURCES
   os/Timeout_p.h
   os/kiOSCondition.cpp
   os/kiOSFault.cpp
-  os/kiOSThread_p.h)
+  os/kiOSThread_p.h
+  os/kiPlatform.cpp
+  os/kiPlatform_p.h)

@@ -1,11 +1,13 @@
 # proc/ - the portable procedural modules.
 list(APPEND KI_PUBLIC_HEADERS
+  proc/kiCommandLine.h
   proc/kiFatalError.h
   proc/kiHashTable.h
   proc/kiMem.h
   proc/kiStr.h
   proc/kiTime.h)
 list(APPEND KI_SOURCES
+  proc/kiCommandLine.cpp
   proc/kiFatalError.cpp
   proc/kiFatalError_p.h
   proc/kiHashTable.cpp
