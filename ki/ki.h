@@ -7,7 +7,10 @@
 
 // Procedural layer
 #include "ki/os/kiDebug.h"
+#include "ki/os/kiDir.h"
+#include "ki/os/kiFile.h"
 #include "ki/os/kiOSThread.h"
+#include "ki/os/kiPath.h"
 #include "ki/os/kiPlatform.h"
 #include "ki/proc/kiCommandLine.h"
 #include "ki/proc/kiFatalError.h"
@@ -47,5 +50,12 @@
 // Time
 #include "ki/os/DateTime.h"
 #include "ki/os/Timeout.h"
+
+// Files, paths and directories
+#include "ki/files/Dir.h"
+#include "ki/files/File.h"
+#include "ki/files/FileHelper.h"
+#include "ki/files/PathName.h"
+#include "ki/files/TextFile.h"
 
 #endif  // KI_KI_H

@@ -11,7 +11,10 @@ list(APPEND KI_PUBLIC_HEADERS
   os/StoppableThread.h
   os/Timeout.h
   os/kiDebug.h
+  os/kiDir.h
+  os/kiFile.h
   os/kiOSThread.h
+  os/kiPath.h
   os/kiPlatform.h)
 list(APPEND KI_SOURCES
   os/Condition.cpp
@@ -26,5 +29,7 @@ list(APPEND KI_SOURCES
   os/kiOSCondition.cpp
   os/kiOSFault.cpp
   os/kiOSThread_p.h
+  os/kiPath.cpp
+  os/kiPath_p.h
   os/kiPlatform.cpp
   os/kiPlatform_p.h)

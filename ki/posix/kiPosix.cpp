@@ -20,3 +20,23 @@ timespec kiPosix_MonotonicDeadline(std::uint32_t ms) {
   }
   return t;
 }
+
+int kiPosix_FileError(int err) {
+  switch (err) {
+    case 0:
+      return 0;
+    case EROFS:
+    case EIO:
+      return -2;
+    case ENOENT:
+    case ENOTDIR:
+      return -3;
+    case EEXIST:
+      return -4;
+    case ENOSPC:
+    case EDQUOT:
+      return -5;
+    default:
+      return -1;
+  }
+}

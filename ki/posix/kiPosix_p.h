@@ -50,4 +50,23 @@ void* kiPosix_AllocRecord(std::size_t size);
 // The CLOCK_MONOTONIC time ms milliseconds from now.
 timespec kiPosix_MonotonicDeadline(std::uint32_t ms);
 
+// The file error code (kiFileError_*) of an errno value: EROFS and EIO -2,
+// ENOENT and ENOTDIR -3, EEXIST -4, ENOSPC and EDQUOT -5, 0 for 0, else -1.
+int kiPosix_FileError(int err);
+
+// One mounted file system of the mount table: where it is mounted, its type
+// and its source (device or server), escapes decoded. Answer false to stop.
+typedef bool (*kiPosix_MountVisitor)(void* context, const char* point, const char* type,
+                                     const char* source);
+// Visits the mounts of /proc/self/mountinfo (or the table set by
+// kiPath_SetMountTableForTesting) in table order; false when the table
+// cannot be read (posix/kiPathFolders.cpp).
+bool kiPosix_ForEachMount(kiPosix_MountVisitor visit, void* context);
+// Whether type names a pseudo file system (proc, sysfs, cgroup, devtmpfs...),
+// which holds no files of its own and is never a root.
+bool kiPosix_IsPseudoFileSystem(const char* type);
+// Whether type names a network file system (nfs, cifs, sshfs...), which is
+// never examined without need: a lost server hangs every call.
+bool kiPosix_IsRemoteFileSystem(const char* type);
+
 #endif  // KI_POSIX_KIPOSIX_P_H

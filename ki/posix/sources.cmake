@@ -2,10 +2,14 @@
 find_package(Threads REQUIRED)
 list(APPEND KI_SOURCES
   posix/kiDebug.cpp
+  posix/kiDir.cpp
+  posix/kiFile.cpp
   posix/kiOSMutex.cpp
   posix/kiOSSemaphore.cpp
   posix/kiOSSingleInstanceChecker.cpp
   posix/kiOSThread.cpp
+  posix/kiPath.cpp
+  posix/kiPathFolders.cpp
   posix/kiPlatform.cpp
   posix/kiPosix.cpp
   posix/kiPosix_p.h
