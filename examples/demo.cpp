@@ -1,6 +1,6 @@
 // demo.cpp - a tour of what ki offers so far: strings, numbers, errors, byte
 // buffers, lists, the hash map, references, threads and locks, dates and
-// time-outs, logging and the fatal-error callback.
+// time-outs, files and directories, logging and the fatal-error callback.
 #include <clocale>
 #include <cstdio>
 #include <ki/ki.h>
@@ -180,6 +180,32 @@ int main() {
       wake.WaitTimeout(next->Remaining());
       alarms.HandleExpiredTimeouts();
     }
+  }
+
+  // Files and directories under the user's application-data folder: a text
+  // file with mixed line ends, read back line by line, then listed and gone.
+  {
+    const kiCString dir = kiPathName::MakeTempDirPath().GetFullPath() + "ki-demo/";
+    kiDir::CreateRecursively(dir);
+    kiFile out;
+    const kiCString name = dir + "playlist.txt";
+    if (out.Create(name, true)) {
+      const char text[] = "intro.flac\r\nverse.flac\rchorus.flac\n";
+      out.Write(text, sizeof text - 1);
+      out.Close();
+    }
+    kiTextFile in(name, 16);  // a small buffer: lines cross its fills
+    kiCString line;
+    std::printf("playlist:");
+    while (in.NextLine(line)) std::printf(" [%s]", line.c_str());
+    kiDir listing(dir);
+    kiPathName entry;
+    for (bool more = listing.GetFirst(entry, "*.txt", kiDirFlag_Files); more;
+         more = listing.GetNext(entry)) {
+      std::printf("; listed %s", entry.GetFullName().c_str());
+    }
+    listing.Close();
+    std::printf("; removed: %s\n", kiDir::RemoveRecursively(dir) ? "yes" : "no");
   }
 
   // A record in the library's shape, to standard error.
