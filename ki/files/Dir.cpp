@@ -6,6 +6,7 @@
 
 #include "ki/core/Log.h"
 #include "ki/files/File.h"
+#include "ki/files/Times_p.h"
 #include "ki/os/kiDir.h"
 #include "ki/proc/kiMem.h"
 
@@ -146,16 +147,7 @@ bool kiDir::RemoveRecursively(const char* path, unsigned int attempts) {
 
 bool kiDir::GetTimes(const char* path, kiDateTime* access, kiDateTime* modification,
                      kiDateTime* creation) {
-  kitimeval times[3];
-  if (kiDir_GetTimes(path, access != nullptr ? &times[0] : nullptr,
-                     modification != nullptr ? &times[1] : nullptr,
-                     creation != nullptr ? &times[2] : nullptr) != 0) {
-    return false;
-  }
-  if (access != nullptr) access->Set(times[0]);
-  if (modification != nullptr) modification->Set(times[1]);
-  if (creation != nullptr) creation->Set(times[2]);
-  return true;
+  return kiFiles_GetTimes(kiDir_GetTimes, path, access, modification, creation);
 }
 
 kiList<kiPathName>* kiDir::GetRootDirList() {

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "ki/core/Log.h"
+#include "ki/files/Times_p.h"
 
 KI_LOG_SOURCE("files/File")
 
@@ -172,18 +173,23 @@ bool kiFile::ChangeSize(const char* path, long long size) {
   return kiFile_SetSize(path, size) == 0;
 }
 
-bool kiFile::GetTimes(const char* path, kiDateTime* access, kiDateTime* modification,
-                      kiDateTime* creation) {
+bool kiFiles_GetTimes(kiFiles_TimesQuery query, const char* path, kiDateTime* access,
+                      kiDateTime* modification, kiDateTime* creation) {
   kitimeval times[3];
-  if (kiFile_GetTimes(path, access != nullptr ? &times[0] : nullptr,
-                      modification != nullptr ? &times[1] : nullptr,
-                      creation != nullptr ? &times[2] : nullptr) != 0) {
+  if (query(path, access != nullptr ? &times[0] : nullptr,
+            modification != nullptr ? &times[1] : nullptr,
+            creation != nullptr ? &times[2] : nullptr) != 0) {
     return false;
   }
   if (access != nullptr) access->Set(times[0]);
   if (modification != nullptr) modification->Set(times[1]);
   if (creation != nullptr) creation->Set(times[2]);
   return true;
+}
+
+bool kiFile::GetTimes(const char* path, kiDateTime* access, kiDateTime* modification,
+                      kiDateTime* creation) {
+  return kiFiles_GetTimes(kiFile_GetTimes, path, access, modification, creation);
 }
 
 bool kiFile::Access(const char* path, int mode) { return kiFile_Access(path, mode) != 0; }

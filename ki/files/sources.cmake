@@ -11,4 +11,5 @@ list(APPEND KI_SOURCES
   files/File.cpp
   files/FileHelper.cpp
   files/PathName.cpp
-  files/TextFile.cpp)
+  files/TextFile.cpp
+  files/Times_p.h)
