@@ -44,12 +44,20 @@ run_ctest() {  # name, build dir, ctest arguments...
 
 # The benchmarks' peer libraries (Debian packages); without them the peer
 # cases are left out and everything else still builds and runs.
-peers="libicu-dev"
+peers="libicu-dev libinih-dev"
 missing=$(for p in $peers; do dpkg -s "$p" >/dev/null 2>&1 || echo "$p"; done)
 if [ -n "$missing" ] && [ "$(id -u)" = 0 ] && command -v apt-get >/dev/null; then
   echo "== installing $missing"
   (apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $missing) >/dev/null ||
     echo "warning: could not install $missing; the benchmarks skip their peers"
+fi
+
+# A decimal-comma locale, so that the locale-independence tests run rather
+# than skip (glibc's localedef, as root).
+if ! locale -a 2>/dev/null | grep -qi '^de_DE\.utf-\?8$' && [ "$(id -u)" = 0 ] &&
+  command -v localedef >/dev/null; then
+  localedef -i de_DE -f UTF-8 de_DE.UTF-8 >/dev/null 2>&1 ||
+    echo "warning: no decimal-comma locale; the locale tests skip"
 fi
 
 echo "== normal build (g++)"

@@ -46,6 +46,13 @@ KI_API int kiDir_CreateRecursively(const char* path);
 // an invalid name.
 KI_API int kiDir_Remove(const char* path);
 
+// Makes the entries of the directory durable (POSIX: opens it, fsync, closes
+// it), so that a file created, renamed or removed in it stays so after a power
+// loss. 0, or the errno value logged as "kiDir: Cannot sync directory '%s'
+// (error = %ld)\n" (a missing one gives ENOENT); -1 for an invalid name,
+// logged as "kiDir: Cannot sync directory: '%s' (invalid name)\n".
+KI_API int kiDir_Sync(const char* path);
+
 // The times of path as kiFile_GetTimes gives them (any output may be null),
 // with its codes and messages, once the name is checked here: -1 for an
 // invalid name, logged as "kiDir: Cannot get modification time for

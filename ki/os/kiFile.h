@@ -81,6 +81,11 @@ KI_API int kiFile_ChangeSize(void* fd, long long size);
 KI_API int kiFile_IsEOF(void* fd);
 // 0: nothing is buffered here.
 KI_API int kiFile_Flush(void* fd);
+// Makes the file's data and size durable (POSIX: fsync), so that a power loss
+// after the call cannot lose them. 0, or an error code logged as "kiFile:
+// Cannot sync file (fd = %p) (error = %d)\n" (a pipe or a closed descriptor
+// fails).
+KI_API int kiFile_Sync(void* fd);
 
 // Removes a file (not a directory). A missing file or path is success, and
 // is not logged.

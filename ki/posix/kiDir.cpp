@@ -155,6 +155,28 @@ int kiDir_Remove(const char* path) {
   return err;
 }
 
+int kiDir_Sync(const char* path) {
+  char* built = Build(path);
+  if (built == nullptr) {
+    KI_LOG(kiLogLevel_Error, kiLogCat_Dir, "kiDir: Cannot sync directory: '%s' (invalid name)\n",
+           Printable(path));
+    return -1;
+  }
+  const int h = kiPosix_RetryOnEINTR(
+      [&] { return open(built, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOCTTY); });
+  kiMem_Free(built);
+  int err = h < 0 ? errno : 0;
+  if (h >= 0) {
+    if (kiPosix_RetryOnEINTR([&] { return fsync(h); }) != 0) err = errno;
+    close(h);
+  }
+  if (err != 0) {
+    KI_LOG(kiLogLevel_Error, kiLogCat_Dir, "kiDir: Cannot sync directory '%s' (error = %ld)\n",
+           path, static_cast<long>(err));
+  }
+  return err;
+}
+
 int kiDir_GetTimes(const char* path, kitimeval* access, kitimeval* modification,
                    kitimeval* creation) {
   char* built = Build(path);

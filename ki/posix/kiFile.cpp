@@ -342,6 +342,14 @@ int kiFile_IsEOF(void* fd) {
 
 int kiFile_Flush(void*) { return 0; }
 
+int kiFile_Sync(void* fd) {
+  if (kiPosix_RetryOnEINTR([&] { return fsync(FdOf(fd)); }) == 0) return 0;
+  const int err = errno;
+  KI_LOG(kiLogLevel_Error, kiLogCat_File, "kiFile: Cannot sync file (fd = %p) (error = %d)\n", fd,
+         err);
+  return kiPosix_FileError(err);
+}
+
 int kiFile_Remove(const char* path) {
   const NativePath native(path);
   if (!native.IsValid()) {
