@@ -1,6 +1,7 @@
 // demo.cpp - a tour of what ki offers so far: strings, numbers, errors, byte
 // buffers, lists, the hash map, references, threads and locks, dates and
-// time-outs, files and directories, logging and the fatal-error callback.
+// time-outs, files and directories, configuration and the command line,
+// logging and the fatal-error callback.
 #include <clocale>
 #include <cstdio>
 #include <ki/ki.h>
@@ -57,6 +58,14 @@ class Alarms : public kiTimeoutQueue {
     TimeoutCancel(due);
   }
 };
+
+// The program's command line: one switch, a numeric option, and files.
+const kiCommandLineDescription kOptions[] = {
+    {kiCommandLineKind_Switch, "v", "talk more", kiCommandLineParameterType_String, 0},
+    {kiCommandLineKind_Option, "port", "port to listen on", kiCommandLineParameterType_Number, 0},
+    {kiCommandLineKind_Param, nullptr, "file", kiCommandLineParameterType_String,
+     kiCommandLineFlag_Repeating},
+    {kiCommandLineKind_End, nullptr, nullptr, kiCommandLineParameterType_String, 0}};
 
 void OnFatal(const char* tag) {
   std::printf("demo: the fatal-error callback saw '%s'\n", tag);
@@ -206,6 +215,26 @@ int main() {
     }
     listing.Close();
     std::printf("; removed: %s\n", kiDir::RemoveRecursively(dir) ? "yes" : "no");
+  }
+
+  // Settings in INI syntax, and a command line given as one text.
+  {
+    const char text[] =
+        "; shipped defaults\r\n[Net]\r\nPort = 8200 ; inline comment\r\n"
+        "Name = \"Living room; upstairs\"\r\n";
+    kiINIFile* ini = kiINIFile_New(0);
+    kiINIFile_Parse(text, sizeof text - 1, ini);
+    std::printf("ini: net/port=%ld net/name='%s'\n", kiINIFile_GetInt32(ini, "NET", "port", 0),
+                kiINIFile_Get(ini, "net", "Name", "", nullptr));
+    kiINIFile_Delete(ini);
+
+    kiCommandLineParser parser(kOptions, "demo -v -port=9000 \"My Music/a.flac\" b.flac", true);
+    long listenPort = 0;
+    if (parser.Parse(false) == 0 && parser.Found("port", &listenPort)) {
+      std::printf("command line: -v %s, port %ld, %u files, first '%s'\n",
+                  parser.Found("v") ? "given" : "absent", listenPort, parser.GetParameterCount(),
+                  parser.GetParameter(0).c_str());
+    }
   }
 
   // A record in the library's shape, to standard error.

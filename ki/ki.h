@@ -13,8 +13,10 @@
 #include "ki/os/kiPath.h"
 #include "ki/os/kiPlatform.h"
 #include "ki/proc/kiCommandLine.h"
+#include "ki/proc/kiConfigFile.h"
 #include "ki/proc/kiFatalError.h"
 #include "ki/proc/kiHashTable.h"
+#include "ki/proc/kiINIFile.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiStr.h"
 #include "ki/proc/kiTime.h"
@@ -57,5 +59,9 @@
 #include "ki/files/FileHelper.h"
 #include "ki/files/PathName.h"
 #include "ki/files/TextFile.h"
+
+// Configuration and the command line
+#include "ki/config/CommandLineParser.h"
+#include "ki/config/Config.h"
 
 #endif  // KI_KI_H
