@@ -29,11 +29,12 @@ using kiFuzz::Check;
 bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool EndsInSpace(const char* s) { return *s != '\0' && IsSpace(s[std::strlen(s) - 1]); }
 
-// Whether a line starting with key reads as an entry: not a comment, not a
-// header, not trimmed, not split at an '=' inside it.
-bool ReadsAsKey(const char* key) {
+// Whether the line written for key reads as an entry: not a comment, not a
+// header (a '[' first and a ']' anywhere in the line, the value included),
+// not trimmed, not split at an '=' inside the key.
+bool ReadsAsKey(const char* key, const std::string& line) {
   return !IsSpace(key[0]) && key[0] != ';' && key[0] != '#' && std::strchr(key, '=') == nullptr &&
-         !(key[0] == '[' && std::strchr(key, ']') != nullptr);
+         !(key[0] == '[' && line.find(']') != std::string::npos);
 }
 
 // The line the writer makes for key=value, without its CR LF.
@@ -109,7 +110,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       const char* key = kiINIFile_GetKeyName(first, section, k);
       // A key of a section named with '/' also shows under the parent
       // section, longer than a key read from a file may be.
-      comparable = !EndsInSpace(key) && std::strlen(key) <= 127 && ReadsAsKey(key) &&
+      const char* value = kiINIFile_Get(first, section, key, "", nullptr);
+      comparable = !EndsInSpace(key) && std::strlen(key) <= 127 &&
+                   ReadsAsKey(key, Written(key, value)) &&
                    !(s == 0 && k == 0 && std::strncmp(key, "\xEF\xBB\xBF", 3) == 0);
     }
   }
