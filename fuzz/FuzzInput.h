@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <unistd.h>
 
 namespace kiFuzz {
 
@@ -23,6 +24,20 @@ namespace kiFuzz {
 
 inline void Check(bool ok, const char* what) {
   if (!ok) Fail(what);
+}
+
+// A scratch file for targets that go through the file system: made once per
+// process under /tmp and removed when the process exits.
+inline const std::string& TempPath() {
+  static const std::string* path = [] {
+    char name[] = "/tmp/ki-fuzz-XXXXXX";
+    const int fd = mkstemp(name);
+    if (fd < 0) Fail("no temporary file");
+    close(fd);
+    std::atexit([] { unlink(TempPath().c_str()); });
+    return new std::string(name);
+  }();
+  return *path;
 }
 
 // Bytes off the front of (data, size).

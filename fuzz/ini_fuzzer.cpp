@@ -13,7 +13,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <unistd.h>
 
 #include "ki/proc/kiINIFile.h"
 #include <kiLog/Log.h>
@@ -57,18 +56,6 @@ bool Carried(const char* value, const std::string& line) {
   return quoted || n == 0 || (!IsSpace(value[0]) && !IsSpace(value[n - 1]));
 }
 
-const std::string& TempPath() {
-  static const std::string* path = [] {
-    char name[] = "/tmp/ki-ini-fuzz-XXXXXX";
-    const int fd = mkstemp(name);
-    if (fd < 0) kiFuzz::Fail("no temporary file");
-    close(fd);
-    std::atexit([] { unlink(TempPath().c_str()); });
-    return new std::string(name);
-  }();
-  return *path;
-}
-
 // Every getter on every entry; the results only have to exist.
 void TouchAll(const kiINIFile* ini) {
   for (unsigned s = 0; s <= kiINIFile_GetSectionCount(ini); ++s) {
@@ -94,9 +81,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       kiINIFile_Parse(reinterpret_cast<const char*>(data), static_cast<unsigned>(size), first) == 1,
       "parse refused a text");
   TouchAll(first);
-  Check(kiINIFile_Save(TempPath().c_str(), first) == 1, "save failed");
+  Check(kiINIFile_Save(kiFuzz::TempPath().c_str(), first) == 1, "save failed");
   kiINIFile* second = kiINIFile_New(0);
-  Check(kiINIFile_Load(TempPath().c_str(), second) == 1, "load failed");
+  Check(kiINIFile_Load(kiFuzz::TempPath().c_str(), second) == 1, "load failed");
   TouchAll(second);
 
   // Names that a save may merge or lose make the comparison meaningless.

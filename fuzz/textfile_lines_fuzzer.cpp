@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 #include "ki/files/TextFile.h"
@@ -63,18 +62,6 @@ void ReadAndCompare(kiTextFile& file, const Lines& expected, size_t count) {
   }
 }
 
-const std::string& TempPath() {
-  static const std::string* path = [] {
-    char name[] = "/tmp/ki-textfile-fuzz-XXXXXX";
-    const int fd = mkstemp(name);
-    if (fd < 0) kiFuzz::Fail("no temporary file");
-    close(fd);
-    std::atexit([] { unlink(TempPath().c_str()); });
-    return new std::string(name);
-  }();
-  return *path;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -85,13 +72,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const kiFuzz::Reader::Bytes bytes = in.Take(in.Left());
   const std::string text(reinterpret_cast<const char*>(bytes.data), bytes.size);
 
-  std::FILE* out = std::fopen(TempPath().c_str(), "wb");
+  std::FILE* out = std::fopen(kiFuzz::TempPath().c_str(), "wb");
   Check(out != nullptr, "cannot write the temporary file");
   Check(std::fwrite(text.data(), 1, text.size(), out) == text.size(), "short write");
   std::fclose(out);
 
   const Lines expected = Model(text, capacity);
-  kiTextFile file(TempPath().c_str(), capacity);
+  kiTextFile file(kiFuzz::TempPath().c_str(), capacity);
   Check(file.IsOpened(), "not opened");
   ReadAndCompare(file, expected, before < expected.size() ? before : expected.size());
   for (int pass = 0; pass < 2; ++pass) {
