@@ -126,6 +126,8 @@ kiCString& kiCString::operator+=(const kiCString& other) {
   return *this;
 }
 
+void kiCString::Reserve(unsigned int n) { Core::MakeRoom(m_pchData, n); }
+
 kiCString& kiCString::operator+=(const char* text) {
   ConcatSelf(Core::Clamp(Core::TextLength(text)), text);
   return *this;

@@ -5,6 +5,7 @@
 #define KI_CORE_CSTRING_H
 
 #include <cstdarg>
+#include <cstring>
 
 #include "ki/Export.h"
 #include "ki/core/StringData.h"
@@ -102,6 +103,26 @@ class KI_API kiCString {
   // ---- Concatenation -----------------------------------------------------
   kiCString& operator+=(const kiCString& other);  // its full length, zero bytes too
   kiCString& operator+=(const char* text);        // up to the terminator; null: nothing
+  // count bytes of text, zero bytes included; null text or 0: nothing. The
+  // common case (a private block with room) stays inline for writers that
+  // append many small pieces.
+  kiCString& Append(const char* text, unsigned int count) {
+    kiCStringData* data = GetStringData();
+    const unsigned int n = data->length;
+    if (count == 0 || text == nullptr) return *this;
+    if (data->refs == 1 && count <= data->capacity - n) {
+      std::memmove(m_pchData + n, text, count);
+      m_pchData[n + count] = '\0';
+      data->length = n + count;
+    } else {
+      ConcatSelf(count, text);
+    }
+    return *this;
+  }
+  // Room for at least n characters without another allocation; the text is
+  // kept (a shared block becomes a private copy).
+  void Reserve(unsigned int n);
+  unsigned int capacity() const { return GetStringData()->capacity; }
   kiCString& operator+=(char c) {
     kiCStringData* data = GetStringData();
     const unsigned int n = data->length;  // read once: the stores below may alias it
