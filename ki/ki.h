@@ -64,4 +64,8 @@
 #include "ki/config/CommandLineParser.h"
 #include "ki/config/Config.h"
 
+// Serialization: events, JSON text
+#include "ki/serialize/JSONFormatter.h"
+#include "ki/serialize/Serialize.h"
+
 #endif  // KI_KI_H

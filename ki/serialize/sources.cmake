@@ -1,0 +1,9 @@
+# serialize/ - the serialization interface, JSON text, property lists, media
+# info and the DLNA profile table.
+list(APPEND KI_PUBLIC_HEADERS
+  serialize/JSONFormatter.h
+  serialize/Serialize.h)
+list(APPEND KI_SOURCES
+  serialize/JSONFormatter.cpp
+  serialize/JSONParse.cpp
+  serialize/Serialize.cpp)
