@@ -64,8 +64,10 @@
 #include "ki/config/CommandLineParser.h"
 #include "ki/config/Config.h"
 
-// Serialization: events, JSON text
+// Serialization: events, JSON text, property lists
 #include "ki/serialize/JSONFormatter.h"
+#include "ki/serialize/PackedData.h"
+#include "ki/serialize/PropertyList.h"
 #include "ki/serialize/Serialize.h"
 
 #endif  // KI_KI_H

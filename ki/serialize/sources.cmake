@@ -2,8 +2,12 @@
 # info and the DLNA profile table.
 list(APPEND KI_PUBLIC_HEADERS
   serialize/JSONFormatter.h
+  serialize/PackedData.h
+  serialize/PropertyList.h
   serialize/Serialize.h)
 list(APPEND KI_SOURCES
   serialize/JSONFormatter.cpp
   serialize/JSONParse.cpp
+  serialize/PackedData.cpp
+  serialize/PropertyList.cpp
   serialize/Serialize.cpp)
