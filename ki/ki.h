@@ -64,8 +64,10 @@
 #include "ki/config/CommandLineParser.h"
 #include "ki/config/Config.h"
 
-// Serialization: events, JSON text, property lists
+// Serialization: events, JSON text, property lists, media info, DLNA profiles
+#include "ki/serialize/DLNAInfoMatcher.h"
 #include "ki/serialize/JSONFormatter.h"
+#include "ki/serialize/MediaInfo.h"
 #include "ki/serialize/PackedData.h"
 #include "ki/serialize/PropertyList.h"
 #include "ki/serialize/Serialize.h"
