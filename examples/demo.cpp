@@ -1,7 +1,8 @@
 // demo.cpp - a tour of what ki offers so far: strings, numbers, errors, byte
 // buffers, lists, the hash map, references, threads and locks, dates and
 // time-outs, files and directories, configuration and the command line,
-// logging and the fatal-error callback.
+// JSON, property lists and media metadata, logging and the fatal-error
+// callback.
 #include <clocale>
 #include <cstdio>
 #include <ki/ki.h>
@@ -235,6 +236,39 @@ int main() {
                   parser.Found("v") ? "given" : "absent", listenPort, parser.GetParameterCount(),
                   parser.GetParameter(0).c_str());
     }
+  }
+
+  // Structured values: events written as JSON, the JSON read back into a
+  // property list, media metadata as line text, and a DLNA profile's extension.
+  {
+    kiJSONFormatter json;
+    json.MapBegin();
+    json.MapKey("title", false);
+    json.Value("Blue Hour");
+    json.MapKey("tracks", false);
+    json.ArrayBegin();
+    json.Value(1);
+    json.ArrayItemSeparator();
+    json.Value(2);
+    json.ArrayEnd();
+    json.MapEnd();
+    std::printf("json: %s\n", json.Result().c_str());  // a comma before every '}'
+
+    kiPropertyList* artist = kiMediaInfoSerializer::Deserialize("{\"artist\":\"Ann\",\"year\":1999}");
+    std::printf("property list back as json: %s\n", kiMediaInfoSerializer::Serialize(artist).c_str());
+    kiPropertyList_Release(artist);
+
+    kiMediaInfo info;
+    info.Set("ti", "Blue Hour");  // a fixed field, not part of the line text
+    info.Set("duration", 215000u);
+    info.Set("note", "a=b");
+    const kiCString lines = info.GetSerializedInfo();
+    char* note = kiMediaInfo::Peek(lines, "note");
+    std::printf("media info: title '%s', %u entries, note peeks as '%s'\n", info.GetTitle().c_str(),
+                info.GetCount(), note);
+    kiMem_Free(note);
+    std::printf("MPEG_PS_PAL files end in .%s\n",
+                kiDLNAInfoMatcher::GetExtensionFromProfile("MPEG_PS_PAL").c_str());
   }
 
   // A record in the library's shape, to standard error.
