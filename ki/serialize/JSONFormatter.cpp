@@ -12,6 +12,7 @@ namespace {
 // ---- Writing ------------------------------------------------------------------
 
 const char kFourSpaces[] = "    ";
+constexpr unsigned int kNumberRoom = 352;  // "%lf" of -DBL_MAX: 309 digits, '.', 6 digits
 const char kHexDigits[] = "0123456789abcdef";
 
 // For every byte, the character written after a backslash, 'u' for \u00xx, or
@@ -66,6 +67,9 @@ bool EscapeInto(const char* in, kiCString& out, bool strict) {
   bool escaped = false;
   for (;;) {
     const unsigned char* run = p;
+    // Four bytes a step while none needs a look; the terminator is marked in
+    // the table, so no byte after it is read.
+    while (table[p[0]] == 0 && table[p[1]] == 0 && table[p[2]] == 0 && table[p[3]] == 0) p += 4;
     while (table[*p] == 0) ++p;
     if (p != run) Put(out, reinterpret_cast<const char*>(run), static_cast<unsigned int>(p - run));
     if (*p == 0) return escaped;
@@ -154,7 +158,7 @@ int kiJSONFormatter::MapKey(const char* key, bool raw) {
     Put(m_text, ',');
   }
   NewLine();
-  m_scratch.Empty();
+  ClearScratch();
   Escape(key, m_scratch);
   if (!raw) Put(m_text, '"');
   Put(m_text, m_scratch.c_str(), m_scratch.length());
@@ -228,7 +232,6 @@ int kiJSONFormatter::Null() {
 // gives exactly the text of "%lu" "%ld" "%llu" "%lld" and "%lf" in the "C"
 // locale, whatever the process locale is.
 namespace {
-constexpr unsigned int kNumberRoom = 352;  // "%lf" of -DBL_MAX: 309 digits, '.', 6 digits
 
 template <typename T>
 char* FormatNumber(char* out, T value) {
@@ -239,6 +242,13 @@ char* FormatFixed(char* out, double value) {
   return std::to_chars(out, out + kNumberRoom, value, std::chars_format::fixed, 6).ptr;
 }
 }  // namespace
+
+// Empties the scratch string but keeps its block: Empty() would give the
+// block back and every key and number would allocate a new one.
+void kiJSONFormatter::ClearScratch() {
+  m_scratch.GetWriteBuf(kNumberRoom);
+  m_scratch.UngetWriteBuf(0);
+}
 
 void kiJSONFormatter::AppendScratch(char* end) {
   *end = '\0';

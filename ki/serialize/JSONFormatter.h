@@ -91,6 +91,7 @@ class KI_API kiJSONFormatter : public kiISerialize {
   bool Escape(const char* in, kiCString& out);
 
  private:
+  void ClearScratch();
   // Ends the scratch string's write loan at end and appends it to the text.
   void AppendScratch(char* end);
 

@@ -66,6 +66,20 @@ class Token {
   size_t m_capacity;
 };
 
+// The bytes that stop a run of string text: the terminator, both quotes and
+// the backslash.
+struct StringStopTable {
+  bool stop[256];
+  constexpr StringStopTable() : stop() {
+    stop[0] = true;
+    stop[0x22] = true;
+    stop[0x27] = true;
+    stop[0x5C] = true;
+  }
+  constexpr bool operator[](unsigned char c) const { return stop[c]; }
+};
+constexpr StringStopTable kStringStop;
+
 inline int HexValue(unsigned char c) {
   // Lower-case digits only (intended: an upper-case digit is a bad escape).
   if (IsDigit(c)) return c - '0';
@@ -90,7 +104,7 @@ void AppendUTF8(Token& token, unsigned int v) {
 // Skips white space and comments. Answers 0 with p at the next byte (the
 // terminator when the text ends there), or 1 for a comment the text ends in,
 // or 13 for a '/' that starts no comment.
-int SkipSpace(const unsigned char*& p) {
+int SkipSpaceSlow(const unsigned char*& p) {
   for (;;) {
     while (IsSpace(*p)) ++p;
     if (*p != '/') return 0;
@@ -120,6 +134,11 @@ int SkipSpace(const unsigned char*& p) {
   }
 }
 
+inline int SkipSpace(const unsigned char*& p) {
+  if (!IsSpace(*p) && *p != '/') return 0;  // the common case: a token starts here
+  return SkipSpaceSlow(p);
+}
+
 // Reads a quoted string from p (at the quote) into token; p ends after the
 // closing quote. Answers 0, 1 (the text ended) or 12 (a bad escape).
 int ReadString(const unsigned char*& p, Token& token) {
@@ -127,7 +146,16 @@ int ReadString(const unsigned char*& p, Token& token) {
   token.Clear();
   for (;;) {
     const unsigned char* run = p;
-    while (*p != quote && *p != '\\' && *p != 0) ++p;
+    // Four bytes a step while none is a quote, a backslash or the terminator;
+    // the terminator stops the step, so no byte after it is read.
+    for (;;) {
+      while (!kStringStop[p[0]] && !kStringStop[p[1]] && !kStringStop[p[2]] && !kStringStop[p[3]]) {
+        p += 4;
+      }
+      while (!kStringStop[*p]) ++p;
+      if (*p == quote || *p == '\\' || *p == 0) break;
+      ++p;  // the other quote character is text
+    }
     if (p != run) token.Append(reinterpret_cast<const char*>(run), static_cast<size_t>(p - run));
     if (*p == 0) return kiJSON_Truncated;
     if (*p == quote) {
@@ -204,23 +232,54 @@ bool ReadInt(const char* text, int* value) {
 
 // Reads the number at p (its first byte is '-' or a digit) and reports it.
 // Answers 0, 1 (the number is the last thing in the text) or 7.
+// Exact powers of ten: every one up to 1e22 is a double without rounding.
+constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// The common short decimal, -?digits[.digits] with at most 15 significant
+// digits and no exponent, read exactly: both the digits and the power of ten
+// are exact doubles, so one division rounds correctly, as the full reader
+// would. False when the text needs the full reader.
+bool ReadSimpleDecimal(const unsigned char* p, double* value) {
+  const bool negative = *p == '-';
+  if (negative) ++p;
+  unsigned long long digits = 0;
+  int count = 0;
+  int fraction = 0;
+  const unsigned char* first = p;
+  for (; IsDigit(*p); ++p, ++count) digits = digits * 10 + (*p - '0');
+  if (*p == '.') {
+    for (++p; IsDigit(*p); ++p, ++count, ++fraction) digits = digits * 10 + (*p - '0');
+  }
+  if (count == 0 || count > 15 || *p == 'e' || p == first) return false;
+  const double v = static_cast<double>(digits) / kPowersOfTen[fraction];
+  *value = negative ? -v : v;
+  return true;
+}
+
 int ReadNumber(const unsigned char*& p, Token& token, kiISerialize& sink) {
   const unsigned char* start = p;
   bool isFloat = false;
   for (; IsNumberByte(*p); ++p) isFloat = isFloat || *p == '.' || *p == 'e';
   // The number is reported only when the byte after it arrives.
   if (*p == 0) return kiJSON_Truncated;
-  token.Clear();
-  token.Append(reinterpret_cast<const char*>(start), static_cast<size_t>(p - start));
-  const char* text = token.Text();
   if (isFloat) {
     // "%lf" reads the longest number prefix; what follows it is ignored.
     double value = 0;
-    if (kiStr_ParseDouble(text, &value) == kiStr_NoNumber) return kiJSON_BadNumber;
+    if (!ReadSimpleDecimal(start, &value)) {
+      // The full reader works on the collected text alone: an 'E' after it
+      // must not count as an exponent.
+      token.Clear();
+      token.Append(reinterpret_cast<const char*>(start), static_cast<size_t>(p - start));
+      if (kiStr_ParseDouble(token.Text(), &value) == kiStr_NoNumber) return kiJSON_BadNumber;
+    }
     sink.Float(value);
   } else {
+    // Reading stops at the first byte that is not a digit, inside the number
+    // or right after it, so the text is read in place.
     int value = 0;
-    if (!ReadInt(text, &value)) return kiJSON_BadNumber;
+    if (!ReadInt(reinterpret_cast<const char*>(start), &value)) return kiJSON_BadNumber;
     sink.S32(value);
   }
   return 0;

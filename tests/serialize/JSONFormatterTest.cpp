@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "support/DecimalCommaLocale.h"
@@ -335,6 +336,24 @@ TEST(JSONFormatterTest, ReportsEachErrorWithTheEventsSentBeforeIt) {
   EXPECT_EQ(0, kiJSONFormatter::Parse("[] ", r, a, b));
   EXPECT_EQ(-5, a);  // never written
   EXPECT_EQ(-6, b);
+}
+
+TEST(JSONFormatterTest, DecimalsReadExactlyAsTheCLibraryReadsThem) {
+  // Short decimals take a fast path; it must round as strtod does ("C" locale).
+  struct Last : kiEmptySerialize {
+    double value = -1;
+    int Float(double v) override { return value = v, 0; }
+  } sink;
+  unsigned int seed = 12345;
+  const auto next = [&seed] { return seed = seed * 1103515245u + 12345u, seed >> 8; };
+  for (int i = 0; i < 20000; ++i) {
+    std::string text = next() % 2 ? "-" : "";
+    text += std::to_string(next() % 100000000) + "." + std::to_string(next() % 10000000);
+    if (i % 7 == 0) text.insert(text.size() - 1, std::string(next() % 12, '0'));  // long ones too
+    if (i % 11 == 0) text += "-1";  // read as a prefix, like "%lf"
+    ASSERT_EQ(0, kiJSONFormatter::Parse((text + " ").c_str(), sink)) << text;
+    EXPECT_EQ(std::strtod(text.c_str(), nullptr), sink.value) << text;
+  }
 }
 
 TEST(JSONFormatterTest, NestingStopsAtTwentyLevelsWithoutRecursion) {
