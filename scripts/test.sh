@@ -44,7 +44,7 @@ run_ctest() {  # name, build dir, ctest arguments...
 
 # The benchmarks' peer libraries (Debian packages); without them the peer
 # cases are left out and everything else still builds and runs.
-peers="libicu-dev libinih-dev"
+peers="libicu-dev libinih-dev rapidjson-dev nlohmann-json3-dev"
 missing=$(for p in $peers; do dpkg -s "$p" >/dev/null 2>&1 || echo "$p"; done)
 if [ -n "$missing" ] && [ "$(id -u)" = 0 ] && command -v apt-get >/dev/null; then
   echo "== installing $missing"
