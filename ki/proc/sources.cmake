@@ -1,5 +1,6 @@
 # proc/ - the portable procedural modules.
 list(APPEND KI_PUBLIC_HEADERS
+  proc/kiArray.h
   proc/kiCommandLine.h
   proc/kiConfigFile.h
   proc/kiFatalError.h
@@ -9,6 +10,7 @@ list(APPEND KI_PUBLIC_HEADERS
   proc/kiStr.h
   proc/kiTime.h)
 list(APPEND KI_SOURCES
+  proc/kiArray.cpp
   proc/kiCommandLine.cpp
   proc/kiConfigFile.cpp
   proc/kiConfigFile_p.h
