@@ -3,6 +3,7 @@ list(APPEND KI_PUBLIC_HEADERS
   proc/kiArray.h
   proc/kiCommandLine.h
   proc/kiConfigFile.h
+  proc/kiDateText.h
   proc/kiFatalError.h
   proc/kiHashTable.h
   proc/kiINIFile.h
@@ -14,6 +15,7 @@ list(APPEND KI_SOURCES
   proc/kiCommandLine.cpp
   proc/kiConfigFile.cpp
   proc/kiConfigFile_p.h
+  proc/kiDateText.cpp
   proc/kiFatalError.cpp
   proc/kiFatalError_p.h
   proc/kiHashTable.cpp
