@@ -12,8 +12,10 @@
 #include "ki/os/kiOSThread.h"
 #include "ki/os/kiPath.h"
 #include "ki/os/kiPlatform.h"
+#include "ki/proc/kiArray.h"
 #include "ki/proc/kiCommandLine.h"
 #include "ki/proc/kiConfigFile.h"
+#include "ki/proc/kiDateText.h"
 #include "ki/proc/kiFatalError.h"
 #include "ki/proc/kiHashTable.h"
 #include "ki/proc/kiINIFile.h"
@@ -71,5 +73,9 @@
 #include "ki/serialize/PackedData.h"
 #include "ki/serialize/PropertyList.h"
 #include "ki/serialize/Serialize.h"
+
+// Search criteria
+#include "ki/search/ExpressionParser.h"
+#include "ki/search/SearchExpression.h"
 
 #endif  // KI_KI_H

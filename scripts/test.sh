@@ -67,14 +67,15 @@ cmake --build "$out/gcc"
 status=0
 run_ctest gcc "$out/gcc" || status=1
 
-echo "== install, and the demo built against the installed tree"
+echo "== install, and the demos built against the installed tree"
 installed() {
   rm -rf "$out/install" "$out/installed-demo"
   cmake --install "$out/gcc" --prefix "$out/install" >/dev/null &&
     cmake -S "$root/examples" -B "$out/installed-demo" -G Ninja \
       -DCMAKE_PREFIX_PATH="$out/install" >/dev/null &&
     cmake --build "$out/installed-demo" >/dev/null &&
-    "$out/installed-demo/kiDemo" >/dev/null 2>&1
+    "$out/installed-demo/kiDemo" >/dev/null 2>&1 &&
+    "$out/installed-demo/kiSearchDemo" >/dev/null 2>&1
 }
 step install installed
 
