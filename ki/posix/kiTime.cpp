@@ -11,8 +11,10 @@
 
 namespace {
 
-void ToPlatform(const kitm& in, struct tm* out) {
-  *out = {};
+// The fields both records hold, copied by name: their order differs. The
+// millisecond field is the caller's business.
+template <typename From, typename To>
+void CopyFields(const From& in, To* out) {
   out->tm_sec = in.tm_sec;
   out->tm_min = in.tm_min;
   out->tm_hour = in.tm_hour;
@@ -24,18 +26,12 @@ void ToPlatform(const kitm& in, struct tm* out) {
   out->tm_yday = in.tm_yday;
 }
 
-// The millisecond field is the caller's business.
-void FromPlatform(const struct tm& in, kitm* out) {
-  out->tm_sec = in.tm_sec;
-  out->tm_min = in.tm_min;
-  out->tm_hour = in.tm_hour;
-  out->tm_mday = in.tm_mday;
-  out->tm_mon = in.tm_mon;
-  out->tm_year = in.tm_year;
-  out->tm_isdst = in.tm_isdst;
-  out->tm_wday = in.tm_wday;
-  out->tm_yday = in.tm_yday;
+void ToPlatform(const kitm& in, struct tm* out) {
+  *out = {};
+  CopyFields(in, out);
 }
+
+void FromPlatform(const struct tm& in, kitm* out) { CopyFields(in, out); }
 
 }  // namespace
 
