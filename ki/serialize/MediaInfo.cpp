@@ -34,6 +34,15 @@ void AppendUnescaped(kiCString& out, const char* value, size_t length) {
   }
 }
 
+// A 32-bit integer as decimal text, in every locale.
+struct Decimal {
+  template <typename T>
+  explicit Decimal(T value) {
+    *std::to_chars(text, text + sizeof text - 1, value).ptr = '\0';
+  }
+  char text[16];
+};
+
 kiCString Slice(const char* text, size_t start, size_t end) {
   return kiCString(text + start, static_cast<unsigned int>(end - start));
 }
@@ -166,15 +175,11 @@ void kiMediaInfo::Set(const char* key, const kiString& value, bool overwrite) {
 }
 
 void kiMediaInfo::Set(const char* key, int value, bool overwrite) {
-  char text[16];
-  *std::to_chars(text, text + sizeof text - 1, value).ptr = '\0';
-  Set(key, text, overwrite);
+  Set(key, Decimal(value).text, overwrite);
 }
 
 void kiMediaInfo::Set(const char* key, unsigned int value, bool overwrite) {
-  char text[16];
-  *std::to_chars(text, text + sizeof text - 1, value).ptr = '\0';
-  Set(key, text, overwrite);
+  Set(key, Decimal(value).text, overwrite);
 }
 
 void kiMediaInfo::Set(const char* key, float value, bool overwrite) {

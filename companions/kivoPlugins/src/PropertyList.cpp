@@ -13,15 +13,16 @@ void* CopyBytes(const void* bytes, size_t count) {
   return copy;
 }
 
-char* CopyText(const char* text) {
-  return static_cast<char*>(CopyBytes(text, std::strlen(text) + 1));
-}
-
-char16_t* CopyWideText(const char16_t* text) {
+template <typename C>
+C* CopyText(const C* text) {
   size_t n = 0;
   while (text[n] != 0) ++n;
-  return static_cast<char16_t*>(CopyBytes(text, (n + 1) * sizeof(char16_t)));
+  return static_cast<C*>(CopyBytes(text, (n + 1) * sizeof(C)));
 }
+
+// The owned text pointer of a value, for either width.
+char*& TextOf(kiData* data, const char*) { return data->value.text; }
+char16_t*& TextOf(kiData* data, const char16_t*) { return data->value.wtext; }
 
 // Frees what the value owns and leaves it kiDataType_None.
 void ClearValue(kiData* data) {
@@ -70,6 +71,26 @@ void FreeProperty(kiProperty* property) {
   std::free(property->values);
   std::free(property->name);
   std::free(property);
+}
+
+// The text setters of both widths: a copy, or the caller's block adopted.
+template <typename C>
+int SetText(kiProperty* property, unsigned int index, const C* text, int copy,
+            unsigned short type) {
+  int error;
+  kiData* data = Slot(property, index, &error);
+  if (data == nullptr) return error;
+  if (text == nullptr) {
+    ClearValue(data);
+    return kiPlugins_Ok;
+  }
+  if (copy == 0 && data->type == type && TextOf(data, text) == text) {
+    return kiPlugins_Ok;  // adopting the text it already owns
+  }
+  C* owned = copy != 0 ? CopyText(text) : const_cast<C*>(text);
+  if (owned == nullptr) return kiPlugins_ErrNoMemory;
+  TextOf(Reset(data, type), text) = owned;
+  return kiPlugins_Ok;
 }
 
 }  // namespace
@@ -202,38 +223,12 @@ int kiProperty_Set_double(kiProperty* property, unsigned int index, double value
 }
 
 int kiProperty_Set_charPtr(kiProperty* property, unsigned int index, const char* text, int copy) {
-  int error;
-  kiData* data = Slot(property, index, &error);
-  if (data == nullptr) return error;
-  if (text == nullptr) {
-    ClearValue(data);
-    return kiPlugins_Ok;
-  }
-  if (copy == 0 && data->type == kiDataType_String && data->value.text == text) {
-    return kiPlugins_Ok;  // adopting the text it already owns
-  }
-  char* owned = copy != 0 ? CopyText(text) : const_cast<char*>(text);
-  if (owned == nullptr) return kiPlugins_ErrNoMemory;
-  Reset(data, kiDataType_String)->value.text = owned;
-  return kiPlugins_Ok;
+  return SetText(property, index, text, copy, kiDataType_String);
 }
 
 int kiProperty_Set_wcharPtr(kiProperty* property, unsigned int index, const char16_t* text,
                             int copy) {
-  int error;
-  kiData* data = Slot(property, index, &error);
-  if (data == nullptr) return error;
-  if (text == nullptr) {
-    ClearValue(data);
-    return kiPlugins_Ok;
-  }
-  if (copy == 0 && data->type == kiDataType_WString && data->value.wtext == text) {
-    return kiPlugins_Ok;  // adopting the text it already owns
-  }
-  char16_t* owned = copy != 0 ? CopyWideText(text) : const_cast<char16_t*>(text);
-  if (owned == nullptr) return kiPlugins_ErrNoMemory;
-  Reset(data, kiDataType_WString)->value.wtext = owned;
-  return kiPlugins_Ok;
+  return SetText(property, index, text, copy, kiDataType_WString);
 }
 
 int kiProperty_Set_data(kiProperty* property, unsigned int index, const void* bytes,
