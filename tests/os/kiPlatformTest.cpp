@@ -22,6 +22,7 @@
 #include "ki/proc/kiCommandLine.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiTime_p.h"
+#include "support/CommandLineText.h"
 #include "support/LogCapture.h"
 #include "support/TempDir.h"
 
@@ -31,15 +32,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using Lines = std::vector<std::string>;
-
-std::string Join(const Lines& args) {
-  std::vector<const char*> pointers;
-  for (const std::string& a : args) pointers.push_back(a.c_str());
-  char* text = kiCommandLine_Join(pointers.data(), static_cast<unsigned int>(pointers.size()));
-  std::string joined = text;
-  kiMem_Free(text);
-  return joined;
-}
 
 // The lines of a file the launched program writes under a temporary name and
 // renames when done; empty when it does not appear within the bound.
@@ -56,7 +48,7 @@ Lines WaitForLines(const std::string& path) {
 std::string ShArgs(const std::string& script, const std::string& out, const Lines& rest = {}) {
   Lines args = {"-c", script + " > \"$0.tmp\" && mv \"$0.tmp\" \"$0\"", out};
   args.insert(args.end(), rest.begin(), rest.end());
-  return Join(args);
+  return kiTest::JoinArguments(args);
 }
 
 class PlatformTest : public ::testing::Test {
@@ -142,7 +134,8 @@ TEST_F(PlatformTest, ProgramStartsWithDefaultSignalsAndStandardDescriptors) {
   const int fd = fcntl(null, F_DUPFD, 100);  // inheritable: no FD_CLOEXEC
 
   const std::string status = dir_.Path("status");
-  const int copied = kiPlatform_Launch("cp", Join({"/proc/self/status", status}).c_str());
+  const int copied =
+      kiPlatform_Launch("cp", kiTest::JoinArguments({"/proc/self/status", status}).c_str());
   const std::string script = "test -e /proc/$$/fd/$1 && echo open || echo closed";
   const int listed =
       kiPlatform_Launch("/bin/sh", ShArgs(script, dir_.Path("fd"), {std::to_string(fd)}).c_str());

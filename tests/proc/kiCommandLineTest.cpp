@@ -8,6 +8,7 @@
 
 #include "ki/proc/kiCommandLine.h"
 #include "ki/proc/kiMem.h"
+#include "support/CommandLineText.h"
 
 namespace {
 
@@ -21,15 +22,6 @@ Args Split(const char* text) {
   EXPECT_EQ(count, kiCommandLine_Split(text, nullptr));
   kiMem_Free(argv);
   return args;
-}
-
-std::string Join(const Args& args) {
-  std::vector<const char*> pointers;
-  for (const std::string& a : args) pointers.push_back(a.c_str());
-  char* text = kiCommandLine_Join(pointers.data(), static_cast<unsigned int>(pointers.size()));
-  std::string joined = text;
-  kiMem_Free(text);
-  return joined;
 }
 
 TEST(CommandLineTest, SplitFollowsTheQuotingRules) {
@@ -79,7 +71,7 @@ TEST(CommandLineTest, JoinQuotesOnlyWhatNeedsIt) {
   };
   for (const Row& r : rows) {
     SCOPED_TRACE(r.expected);
-    EXPECT_EQ(r.expected, Join(r.args));
+    EXPECT_EQ(r.expected, kiTest::JoinArguments(r.args));
     EXPECT_EQ(r.args, Split(r.expected));
   }
 
