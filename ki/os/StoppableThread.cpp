@@ -9,6 +9,14 @@
 
 KI_LOG_SOURCE("os/StoppableThread")
 
+namespace {
+
+// The object whose Entry runs on this thread; cleared by its destructor when
+// that runs here, inside OnRun.
+thread_local kiStoppableThread* t_running;
+
+}  // namespace
+
 kiStoppableThread::kiStoppableThread() : kiStoppableThread("", 0) {}
 
 kiStoppableThread::kiStoppableThread(const char* name, int kind)
@@ -19,6 +27,9 @@ kiStoppableThread::kiStoppableThread(const char* name, int kind)
       m_stop(0) {}
 
 kiStoppableThread::~kiStoppableThread() {
+  // On its own worker (kind 0, inside OnRun) the OS record is handed to the
+  // thread, and Entry learns that the object is gone.
+  if (t_running == this) t_running = nullptr;
   kiOSThread_Delete(m_os);
   kiMem_Free(m_name);
 }
@@ -72,8 +83,11 @@ void kiStoppableThread::ThreadSleep(int ms) {
 
 int kiStoppableThread::Entry() {
   kiOSThread_SetCurrentName(m_name);
+  t_running = this;
   m_state.store(kiThreadState_Running);
   OnRun();
+  if (t_running != this) return 0;  // destroyed inside OnRun: nothing is left
+  t_running = nullptr;
   // Written whatever the state was, so a stop request's 5 is overwritten.
   m_state.store(m_kind == 1 ? kiThreadState_Terminated : kiThreadState_Returned);
   return 0;

@@ -27,10 +27,12 @@ enum {
 // calls ThreadCancel() (and wakes whatever the thread blocks on), then
 // ThreadWaitTerminate(); destroy.
 //
-// Kind 0 is a joinable thread owned by whoever made the object. Any other kind
-// runs detached and deletes its object (through the virtual destructor) when
-// OnRun returns, so such an object must be made with new and must not be
-// touched once it may have ended. The state and the stop flag are read and
+// Kind 0 is a joinable thread owned by whoever made the object; it may also be
+// destroyed on its own worker, inside OnRun (when the last reference to its
+// owner goes there): nothing of it is touched after that. Any other kind runs
+// detached and deletes its object (through the virtual destructor) when OnRun
+// returns, so such an object must be made with new and must not be touched
+// once it may have ended. The state and the stop flag are read and
 // written by two threads; they are atomic, and Go polls for the state.
 class KI_API kiStoppableThread {
  public:

@@ -63,6 +63,7 @@ void* StartRoutine(void* argument) {
   kiPosix_RetryOnEINTR([&] { return sem_wait(&t->gate); });
   // A thread joined or deleted before it was started skips its work.
   if (t->runState.load(std::memory_order_acquire) != kJoined) t->entry(t->argument);
+  // Detached from the start, or handed over by a delete on this thread.
   int expected = kDetached;
   if (t->detachState.compare_exchange_strong(expected, kDetachedDone, std::memory_order_acq_rel)) {
     kiOSThread_Delete(t);
@@ -70,9 +71,9 @@ void* StartRoutine(void* argument) {
   return nullptr;
 }
 
-// Joins the pthread once; a thread that cannot be joined (it is the caller)
-// is detached instead, so its resources are still returned. Failing both is
-// the failure to close the thread's handle.
+// Joins the pthread once; a thread that cannot be joined is detached
+// instead, so its resources are still returned. Failing both is the failure
+// to close the thread's handle.
 void Reap(kiOSThread* t) {
   if (t->reaped) return;
   t->reaped = true;
@@ -242,6 +243,21 @@ void kiOSThread_Delete(kiOSThread* thread) {
   if (detach == kDetachedDone) {
     if (thread->destroy != nullptr) thread->destroy(thread->argument);
     FreeRecord(thread);
+    return;
+  }
+  if (thread->gateOpen && pthread_equal(pthread_self(), thread->thread) != 0) {
+    // Deleted on its own thread, which cannot join itself: the record is
+    // handed to the thread as a detached one without a destroy callback, and
+    // the thread frees it when its entry function returns.
+    thread->reaped = true;
+    const int error = pthread_detach(thread->thread);
+    if (error != 0) {
+      KI_LOG(kiLogLevel_Error, kiLogCat_OS,
+             "kiOSThread: CloseHandle on Thread handle failed (error = %ld)\n",
+             static_cast<long>(error));
+    }
+    thread->destroy = nullptr;
+    thread->detachState.store(kDetached, std::memory_order_release);
     return;
   }
   if (!thread->gateOpen) {

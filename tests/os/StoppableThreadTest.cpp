@@ -4,6 +4,7 @@
 #include <atomic>
 #include <pthread.h>
 #include <string>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -121,6 +122,51 @@ TEST(StoppableThreadTest, KindOneDeletesItselfWhenDone) {
   w->ThreadCancel();  // w must not be touched after this
   EXPECT_EQ(0, deleted.WaitTimeout(5000));
   EXPECT_EQ(7, stateAtDeletion.load());
+}
+
+// Self-deleting threads, each shape run many times so that the sanitizer
+// build sees any access to the object after it is gone: a kind-0 object
+// destroyed on its own worker (its owner let go there).
+class Ending : public kiStoppableThread {
+ public:
+  Ending(int kind, bool deleteInRun) : kiStoppableThread("ki-ending", kind), m_delete(deleteInRun) {}
+  using kiStoppableThread::ThreadCancel;
+  using kiStoppableThread::ThreadCreate;
+  kiSemaphore* Deleted = nullptr;
+  kiSemaphore* Release = nullptr;  // waited for before a delete in OnRun
+  ~Ending() override {
+    if (Deleted != nullptr) Deleted->Post();
+  }
+
+ protected:
+  void OnRun() override {
+    if (m_delete) {
+      Release->Wait();  // Go of a kind-0 object still polls its state
+      delete this;
+      return;
+    }
+    while (GetThreadKind() == 2 && !TestExit()) {
+    }
+  }
+
+ private:
+  bool m_delete;
+};
+
+TEST(StoppableThreadTest, SelfDeletingObjectsAreNotTouchedOnceGone) {
+  kiSemaphore deleted(0);
+  kiSemaphore release(0);
+  for (int i = 0; i < 50; ++i) {
+    for (const auto& shape : {std::make_pair(0, true)}) {
+      auto* t = new Ending(shape.first, shape.second);
+      t->Deleted = &deleted;
+      t->Release = &release;
+      ASSERT_EQ(0, t->ThreadCreate());
+      t->Go(kiThreadState_Running);
+      if (shape.second) release.Post();
+      ASSERT_EQ(0, deleted.WaitTimeout(5000));
+    }
+  }
 }
 
 TEST(StoppableThreadTest, FailuresAreLoggedInTheThreadCategory) {

@@ -151,6 +151,34 @@ TEST_F(OSThreadTest, DetachedFlagAndUnstartedDetachedThread) {
   EXPECT_EQ(0, unstarted.destroyed.load());
 }
 
+// Polls until the kernel no longer lists the thread tid of this process.
+bool ThreadGone(long tid) {
+  const std::string task = "/proc/self/task/" + std::to_string(tid);
+  return kiTest::WaitUntil([&] { return access(task.c_str(), F_OK) != 0; });
+}
+
+// A joinable thread that deletes its own record cannot join itself: the
+// record is handed to the thread, which frees it after its entry returns.
+TEST_F(OSThreadTest, JoinableThreadMayDeleteItsOwnRecord) {
+  struct Self {
+    kiOSThread* record = nullptr;
+    std::atomic<long> tid{0};
+  } self;
+  const kiOSThread_Data data{[](void* arg) {
+                               auto* s = static_cast<Self*>(arg);
+                               kiOSThread_Delete(s->record);
+                               s->tid = static_cast<long>(syscall(SYS_gettid));
+                               return 0;
+                             },
+                             nullptr, &self, 0, 0};
+  self.record = kiOSThread_New(&data);
+  ASSERT_NE(nullptr, self.record);
+  EXPECT_EQ(0, kiOSThread_Start(self.record));
+  ASSERT_TRUE(kiTest::WaitUntil([&] { return self.tid.load() != 0; }));
+  EXPECT_TRUE(ThreadGone(self.tid.load()));  // ran to its end on a live record
+  EXPECT_EQ(0u, log_.Count());
+}
+
 TEST_F(OSThreadTest, StackSizeRules) {
   struct Row {
     std::uint32_t asked;
