@@ -8,6 +8,7 @@
 
 #include "ki/Export.h"
 
+class kiSemaphore;
 struct kiOSThread;
 struct kiOSThread_Data;
 
@@ -32,8 +33,10 @@ enum {
 // owner goes there): nothing of it is touched after that. Any other kind runs
 // detached and deletes its object (through the virtual destructor) when OnRun
 // returns, so such an object must be made with new and must not be touched
-// once it may have ended. The state and the stop flag are read and
-// written by two threads; they are atomic, and Go polls for the state.
+// once it may have ended: Go does not look at it after the start, and
+// ThreadCancel changes it in one atomic step, after which the worker may let
+// it go. The state and the stop request share one atomic word, read and
+// written by two threads.
 class KI_API kiStoppableThread {
  public:
   kiStoppableThread();  // an empty name, kind 0
@@ -45,6 +48,9 @@ class KI_API kiStoppableThread {
   // Starts the thread and polls every 10 ms until the state reaches
   // waitState. The start's result is not looked at (intended), so a state a
   // failed start can never reach must not be asked for: Go would not return.
+  // A self-deleting thread (kind other than 0) is not polled: Go waits on a
+  // semaphore of its own that the worker posts once the state is reached, or
+  // when OnRun has returned, whichever comes first.
   virtual void Go(int waitState);
   int GetThreadState();
   int GetThreadKind();
@@ -77,13 +83,20 @@ class KI_API kiStoppableThread {
 
   static int EntryTrampoline(void* self);
   static void DestroyTrampoline(void* self);
-  void RaiseState(int state);
+  void SetState(int state);          // keeps the stop request
+  void ReleaseGo(int state, bool ended);  // on the worker only
 
   int m_kind;
+  // The state in the low byte and the stop request above it, so that a stop
+  // request is one atomic step. A request counts from state 2 on, and then
+  // reads as state 5 until the state is past it.
   std::atomic<int> m_state;
-  char* m_name;             // owned copy
-  kiOSThread* m_os;         // owned
-  std::atomic<int> m_stop;  // 0 or 1
+  char* m_name;      // owned copy
+  kiOSThread* m_os;  // owned
+  // Go of a self-deleting thread: its caller's semaphore and the state it
+  // waits for. Set before the start; read and cleared by the worker only.
+  kiSemaphore* m_goReached;
+  int m_goState;
 };
 
 #endif  // KI_OS_STOPPABLETHREAD_H

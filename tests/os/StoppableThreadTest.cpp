@@ -126,7 +126,8 @@ TEST(StoppableThreadTest, KindOneDeletesItselfWhenDone) {
 
 // Self-deleting threads, each shape run many times so that the sanitizer
 // build sees any access to the object after it is gone: a kind-0 object
-// destroyed on its own worker (its owner let go there).
+// destroyed on its own worker (its owner let go there), and kind-1 objects
+// whose OnRun ends before Go's caller looks again or right after a cancel.
 class Ending : public kiStoppableThread {
  public:
   Ending(int kind, bool deleteInRun) : kiStoppableThread("ki-ending", kind), m_delete(deleteInRun) {}
@@ -157,7 +158,7 @@ TEST(StoppableThreadTest, SelfDeletingObjectsAreNotTouchedOnceGone) {
   kiSemaphore deleted(0);
   kiSemaphore release(0);
   for (int i = 0; i < 50; ++i) {
-    for (const auto& shape : {std::make_pair(0, true)}) {
+    for (const auto& shape : {std::make_pair(0, true), std::make_pair(1, false)}) {
       auto* t = new Ending(shape.first, shape.second);
       t->Deleted = &deleted;
       t->Release = &release;
@@ -166,6 +167,12 @@ TEST(StoppableThreadTest, SelfDeletingObjectsAreNotTouchedOnceGone) {
       if (shape.second) release.Post();
       ASSERT_EQ(0, deleted.WaitTimeout(5000));
     }
+    auto* spinning = new Ending(2, false);  // loops on TestExit until cancelled
+    spinning->Deleted = &deleted;
+    ASSERT_EQ(0, spinning->ThreadCreate());
+    spinning->Go(kiThreadState_Running);
+    spinning->ThreadCancel();
+    ASSERT_EQ(0, deleted.WaitTimeout(5000));
   }
 }
 
