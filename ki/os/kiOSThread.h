@@ -49,7 +49,8 @@ KI_API int kiOSThread_Join(kiOSThread* thread);
 // Priority 0..100 in five levels: 0-20 lowest, 21-40 below normal, 41-60
 // normal, 61-80 above normal, 81-100 highest; above 100: normal. POSIX: a nice
 // value of the thread relative to the process's (+10, +5, 0, -5, -10). 0, or
-// 1 when the system refuses the change (logged).
+// 1 when the system refuses the change or the thread's entry function has
+// returned (logged).
 KI_API int kiOSThread_SetPriority(kiOSThread* thread, unsigned short priority);
 // Sleeps the calling thread for ms milliseconds.
 KI_API void kiOSThread_Sleep(unsigned int ms);

@@ -34,9 +34,14 @@ struct kiOSThread {
   void* argument;
   std::atomic<int> runState;
   std::atomic<int> detachState;
-  sem_t gate;     // one unit opens it
-  sem_t ready;    // the new thread has published its id
-  pid_t tid;      // the kernel's id of the thread, for its nice value
+  sem_t gate;   // one unit opens it
+  sem_t ready;  // the new thread has published its id
+  // The kernel's id of the thread, for its nice value; 0 once the entry
+  // function has returned, since the id may then pass to another thread or
+  // process. Read and cleared under tidLock, so a priority change never
+  // reaches a thread that has gone.
+  pthread_mutex_t tidLock;
+  pid_t tid;
   int baseNice;   // the process's nice value at creation
   bool gateOpen;  // touched by the owner only
   bool reaped;    // pthread_join has returned (or the thread was detached)
@@ -51,6 +56,7 @@ void OpenGate(kiOSThread* t) {
 }
 
 void FreeRecord(kiOSThread* t) {
+  pthread_mutex_destroy(&t->tidLock);
   sem_destroy(&t->gate);
   sem_destroy(&t->ready);
   kiMem_Free(t);
@@ -63,6 +69,9 @@ void* StartRoutine(void* argument) {
   kiPosix_RetryOnEINTR([&] { return sem_wait(&t->gate); });
   // A thread joined or deleted before it was started skips its work.
   if (t->runState.load(std::memory_order_acquire) != kJoined) t->entry(t->argument);
+  pthread_mutex_lock(&t->tidLock);
+  t->tid = 0;
+  pthread_mutex_unlock(&t->tidLock);
   // Detached from the start, or handed over by a delete on this thread.
   int expected = kDetached;
   if (t->detachState.compare_exchange_strong(expected, kDetachedDone, std::memory_order_acq_rel)) {
@@ -108,6 +117,7 @@ kiOSThread* kiOSThread_New(const kiOSThread_Data* data) {
   if (errno != 0) t->baseNice = 0;
   sem_init(&t->gate, 0, 0);
   sem_init(&t->ready, 0, 0);
+  pthread_mutex_init(&t->tidLock, nullptr);
 
   pthread_attr_t attr;
   pthread_attr_init(&attr);
@@ -188,12 +198,19 @@ int kiOSThread_SetPriority(kiOSThread* thread, unsigned short priority) {
   int nice = thread->baseNice - 5 * level;
   if (nice < -20) nice = -20;
   if (nice > 19) nice = 19;
-  int result;
+  int result = -1;
   if (kiOS_ShouldFail(kiOSFault_ThreadPriority)) {
     errno = EPERM;
-    result = -1;
   } else {
-    result = setpriority(PRIO_PROCESS, static_cast<id_t>(thread->tid), nice);
+    pthread_mutex_lock(&thread->tidLock);
+    if (thread->tid == 0) {
+      errno = ESRCH;  // ended: its id may be another's by now
+    } else {
+      result = setpriority(PRIO_PROCESS, static_cast<id_t>(thread->tid), nice);
+    }
+    const int error = errno;
+    pthread_mutex_unlock(&thread->tidLock);
+    errno = error;
   }
   if (result != 0) {
     KI_LOG(kiLogLevel_Error, kiLogCat_OS,

@@ -3,11 +3,14 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <pthread.h>
 #include <string>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -177,6 +180,43 @@ TEST_F(OSThreadTest, JoinableThreadMayDeleteItsOwnRecord) {
   ASSERT_TRUE(kiTest::WaitUntil([&] { return self.tid.load() != 0; }));
   EXPECT_TRUE(ThreadGone(self.tid.load()));  // ran to its end on a live record
   EXPECT_EQ(0u, log_.Count());
+}
+
+// Once a thread has ended, its kernel id may be given to another thread or
+// process: a priority change must not reach that one. The next process id is
+// steered to the ended thread's (root only, and skipped when another process
+// takes it first).
+TEST_F(OSThreadTest, PriorityOfAnEndedThreadReachesNobodyElse) {
+  Probe p;
+  kiOSThread* t = NewThread(&p);
+  ASSERT_NE(nullptr, t);
+  kiOSThread_Start(t);
+  kiOSThread_Join(t);
+  ASSERT_TRUE(ThreadGone(p.tid.load()));
+  FILE* last = std::fopen("/proc/sys/kernel/ns_last_pid", "w");
+  if (last == nullptr) {
+    kiOSThread_Delete(t);
+    GTEST_SKIP() << "the next process id cannot be chosen here";
+  }
+  std::fprintf(last, "%ld", p.tid.load() - 1);
+  const bool steered = std::fclose(last) == 0;
+  const pid_t other = steered ? fork() : -1;
+  if (other == 0) {
+    pause();
+    _exit(0);
+  }
+  if (other == static_cast<pid_t>(p.tid.load())) {
+    errno = 0;
+    const int before = getpriority(PRIO_PROCESS, static_cast<id_t>(other));
+    EXPECT_EQ(1, kiOSThread_SetPriority(t, 0));
+    EXPECT_EQ(before, getpriority(PRIO_PROCESS, static_cast<id_t>(other)));
+  }
+  if (other > 0) {
+    kill(other, SIGKILL);
+    waitpid(other, nullptr, 0);
+  }
+  kiOSThread_Delete(t);
+  if (other != static_cast<pid_t>(p.tid.load())) GTEST_SKIP() << "the id went elsewhere";
 }
 
 TEST_F(OSThreadTest, StackSizeRules) {
