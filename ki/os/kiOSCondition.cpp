@@ -35,16 +35,12 @@ void kiOSCondition_Delete(kiOSCondition* condition) {
   kiMem_Free(condition);
 }
 
-int kiOSCondition_WaitTimeout(kiOSCondition* condition, kiOSMutex* mutex, std::uint32_t ms) {
-  if (condition == nullptr || mutex == nullptr) return 2;
-  kiOSMutex_Lock(condition->lock);
-  ++condition->waiters;
-  kiOSMutex_Unlock(condition->lock);
+namespace {
 
-  kiOSMutex_Unlock(mutex);
-  const int result = kiOSSemaphore_WaitTimeout(condition->wait, ms);
-  if (result == 2) kiFatalError("os:condition: WaitTimeout returned an error");
-
+// Steps 5 and 6 of a wait that ended with result (0 signalled, else not):
+// a signal given to this waiter meanwhile is taken and acknowledged, and the
+// waiter is counted out.
+void LeaveWait(kiOSCondition* condition, int result) {
   kiOSMutex_Lock(condition->lock);
   if (condition->signals > 0) {
     // Timed out while a signal was being given: take the unit that is still
@@ -61,6 +57,25 @@ int kiOSCondition_WaitTimeout(kiOSCondition* condition, kiOSMutex* mutex, std::u
   }
   --condition->waiters;
   kiOSMutex_Unlock(condition->lock);
+}
+
+}  // namespace
+
+int kiOSCondition_WaitTimeout(kiOSCondition* condition, kiOSMutex* mutex, std::uint32_t ms) {
+  if (condition == nullptr || mutex == nullptr) return 2;
+  kiOSMutex_Lock(condition->lock);
+  ++condition->waiters;
+  kiOSMutex_Unlock(condition->lock);
+
+  if (kiOSMutex_Unlock(mutex) != 0) {
+    // The caller does not hold mutex: no wait, and it must not come back
+    // holding it. Counted out as a waiter that timed out.
+    LeaveWait(condition, 1);
+    return 2;
+  }
+  const int result = kiOSSemaphore_WaitTimeout(condition->wait, ms);
+  if (result == 2) kiFatalError("os:condition: WaitTimeout returned an error");
+  LeaveWait(condition, result);
 
   kiOSMutex_Lock(mutex);
   return result;

@@ -118,7 +118,8 @@ KI_API int kiOSCondition_Broadcast(kiOSCondition* condition);
 // The caller holds mutex (once: a recursive hold stays held while waiting).
 // Releases it, waits, takes it again. 0 signalled, 1 timed out; a failure of
 // the wait itself is fatal ("os:condition: WaitTimeout returned an error").
-// A null condition or mutex answers 2 without waiting.
+// A null condition or mutex, or a mutex the caller does not hold (POSIX: the
+// unlock is refused), answers 2 without waiting and without taking mutex.
 KI_API int kiOSCondition_Wait(kiOSCondition* condition, kiOSMutex* mutex);
 KI_API int kiOSCondition_WaitTimeout(kiOSCondition* condition, kiOSMutex* mutex, std::uint32_t ms);
 

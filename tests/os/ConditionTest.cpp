@@ -116,6 +116,18 @@ TEST_F(OSConditionTest, NullArgumentsAndFailedParts) {
   EXPECT_EQ(3u, log.Count());
 }
 
+// A caller that does not hold the mutex is refused before waiting, does not
+// come back holding it, and leaves no waiter counted behind (a broadcast
+// would wait for its acknowledgement for ever).
+TEST_F(OSConditionTest, WaitWithoutHoldingTheMutexIsRefused) {
+  EXPECT_EQ(2, kiOSCondition_WaitTimeout(cond_, mutex_, 0));
+  EXPECT_EQ(1, kiOSMutex_Unlock(mutex_)) << "came back holding the mutex";
+  StartWaiters(1);
+  kiTest::RunBounded("broadcast", [&] { kiOSCondition_Broadcast(cond_); });
+  JoinWaiters();
+  EXPECT_EQ(1, woken_.load());
+}
+
 TEST(OSConditionFatalTest, FailedWaitEndsTheProcess) {
   const kiTest::ChildResult r = kiTest::RunInChild([] {
     kiOSCondition* c = kiOSCondition_New();
