@@ -207,6 +207,12 @@ int ReadString(const unsigned char*& p, Token& token) {
 // is read as a 64-bit long, saturated, then cut to 32 bits, which is what the
 // C library's conversion gives for texts out of range. False when no digit.
 bool ReadInt(const char* text, int* value) {
+  // The magnitude is kept while it is at most 2^63, the largest one a sign
+  // can still bring in range: magnitude * 10 + digit <= 2^63 exactly when
+  // magnitude < kCut, or magnitude == kCut and digit <= kCutDigit.
+  constexpr unsigned long long kLimit = static_cast<unsigned long long>(LLONG_MAX) + 1;
+  constexpr unsigned long long kCut = kLimit / 10;
+  constexpr unsigned int kCutDigit = static_cast<unsigned int>(kLimit % 10);
   const char* p = text;
   const bool negative = *p == '-';
   if (*p == '-' || *p == '+') ++p;
@@ -214,17 +220,19 @@ bool ReadInt(const char* text, int* value) {
   unsigned long long magnitude = 0;
   bool overflow = false;
   for (; IsDigit(static_cast<unsigned char>(*p)); ++p) {
-    if (magnitude > (static_cast<unsigned long long>(LLONG_MAX) + 1 - 9) / 10) overflow = true;
-    if (!overflow) magnitude = magnitude * 10 + static_cast<unsigned int>(*p - '0');
+    const unsigned int digit = static_cast<unsigned int>(*p - '0');
+    if (magnitude >= kCut && (magnitude > kCut || digit > kCutDigit)) {
+      overflow = true;  // saturated whatever digits follow
+      break;
+    }
+    magnitude = magnitude * 10 + digit;
   }
+  // Without overflow the magnitude is at most kLimit, which only a '-' keeps.
   long long wide;
   if (negative) {
-    const unsigned long long limit = static_cast<unsigned long long>(LLONG_MAX) + 1;
-    wide = overflow || magnitude >= limit ? LLONG_MIN : -static_cast<long long>(magnitude);
+    wide = overflow || magnitude == kLimit ? LLONG_MIN : -static_cast<long long>(magnitude);
   } else {
-    wide = overflow || magnitude > static_cast<unsigned long long>(LLONG_MAX)
-               ? LLONG_MAX
-               : static_cast<long long>(magnitude);
+    wide = overflow || magnitude == kLimit ? LLONG_MAX : static_cast<long long>(magnitude);
   }
   *value = static_cast<int>(static_cast<unsigned int>(static_cast<unsigned long long>(wide)));
   return true;
