@@ -42,6 +42,22 @@ enum {
   constexpr const char kiLogSourceTag[] = tag; \
   }
 
+// Holds a record opened by KI_LOG and closes it when the statement ends, also
+// when an argument of the message throws (in an application built with
+// exceptions): such a record is written without its text rather than left
+// open, which would silence the thread's logging after four of them.
+class kiLogRecordScope {
+ public:
+  explicit kiLogRecordScope(kiLog_Record* opened) noexcept : record(opened) {}
+  ~kiLogRecordScope() {
+    if (record != nullptr) kiLog_End(record);
+  }
+  kiLogRecordScope(const kiLogRecordScope&) = delete;
+  kiLogRecordScope& operator=(const kiLogRecordScope&) = delete;
+
+  kiLog_Record* const record;
+};
+
 // Writes one record: the level is tested first (traces of level 4 and above
 // also ask kiLog_WillLog), so no argument of the message is evaluated when the
 // record is not wanted; then the record is opened, its source tag and line set,
@@ -53,12 +69,11 @@ enum {
             static_cast<unsigned>(_kiLog_Level.load(std::memory_order_relaxed)) && \
         (static_cast<unsigned>(level) < kiLogLevel_Trace ||                        \
          kiLog_WillLog((level), (category)) != 0)) {                               \
-      kiLog_Record* kiLogRecord_ = kiLog_Begin((level), (category));               \
-      if (kiLogRecord_ != nullptr) {                                               \
-        kiLogRecord_->source = kiLogSourceTag;                                     \
-        kiLogRecord_->line = __LINE__;                                             \
+      const kiLogRecordScope kiLogScope_(kiLog_Begin((level), (category)));        \
+      if (kiLogScope_.record != nullptr) {                                         \
+        kiLogScope_.record->source = kiLogSourceTag;                               \
+        kiLogScope_.record->line = __LINE__;                                       \
         kiLog_Append_F(__VA_ARGS__);                                               \
-        kiLog_End(kiLogRecord_);                                                   \
       }                                                                            \
     }                                                                              \
   } while (0)

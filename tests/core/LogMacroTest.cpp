@@ -44,4 +44,22 @@ TEST(LogMacroTest, RecordCarriesItsPosition) {
   EXPECT_EQ("kiDir: Cannot create 'd/e' (-3)\n", r.text);
 }
 
+// In an application built with exceptions, a message argument that throws
+// must not leave the record open: four such records would fill the thread's
+// stack of open records and silence its logging.
+TEST(LogMacroTest, ArgumentThatThrowsClosesItsRecord) {
+  kiTest::LogCapture log;
+  const auto thrower = []() -> const char* { throw 1; };
+  for (int i = 0; i < 5; ++i) {
+    try {
+      KI_LOG(kiLogLevel_Error, kiLogCat_File, "lost %s\n", thrower());
+    } catch (int) {
+    }
+  }
+  KI_LOG(kiLogLevel_Error, kiLogCat_File, "still heard\n");
+  ASSERT_EQ(6u, log.Count());
+  EXPECT_EQ("", log.Texts()[0]) << "a record whose message threw has no text";
+  EXPECT_EQ("still heard\n", log.Texts()[5]);
+}
+
 }  // namespace
