@@ -32,12 +32,13 @@ class KI_CAPABILITY("mutex") KI_API kiMutex {
 
   int Lock() KI_ACQUIRE();  // 0
   // 0; 1 when the calling thread does not hold the lock (POSIX), and then the
-  // lock count is restored.
+  // lock count, which only the holder writes, is left alone.
   int Unlock() KI_RELEASE();
   void AssertLocked() {}  // hook for debug builds
 
  private:
-  friend class kiConditionExt;  // waits on the OS record
+  friend class kiConditionExt;     // waits on the OS record
+  friend struct kiMutexTestAccess;  // tests read the lock count
 
   kiOSMutex* m_os;  // owned
   // Bookkeeping only, never used for recursion checks. Written under the
@@ -63,7 +64,7 @@ class KI_SCOPED_CAPABILITY kiMutexLocker {
 };
 
 // Inline, so that an uncontended lock costs one call into the library. The
-// analysis cannot see into the OS layer; these are the lock's own edges.
+// analysis cannot see into the OS layer; this is the lock's own edge.
 inline int kiMutex::Lock() KI_NO_THREAD_SAFETY_ANALYSIS {
   const int result = kiOSMutex_Lock(m_os);
   if (result == 0) {
@@ -72,12 +73,5 @@ inline int kiMutex::Lock() KI_NO_THREAD_SAFETY_ANALYSIS {
   return result;
 }
 
-inline int kiMutex::Unlock() KI_NO_THREAD_SAFETY_ANALYSIS {
-  const int count = m_lockCount.load(std::memory_order_relaxed);
-  m_lockCount.store(count - 1, std::memory_order_relaxed);
-  const int result = kiOSMutex_Unlock(m_os);
-  if (result != 0) m_lockCount.store(count, std::memory_order_relaxed);
-  return result;
-}
 
 #endif  // KI_OS_MUTEX_H

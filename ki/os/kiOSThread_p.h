@@ -1,6 +1,7 @@
-// kiOSThread_p.h - the stack-size rule of new threads, and the test seam of
-// the thread and lock records: makes one chosen system call fail, so that
-// failure paths run without exhausting the system. Not installed.
+// kiOSThread_p.h - the stack-size rule of new threads, the holder test of a
+// mutex, and the test seam of the thread and lock records: makes one chosen
+// system call fail, so that failure paths run without exhausting the system.
+// Not installed.
 #ifndef KI_OS_KIOSTHREAD_P_H
 #define KI_OS_KIOSTHREAD_P_H
 
@@ -17,6 +18,10 @@ inline std::size_t kiOSThread_StackSize(std::uint32_t asked) {
   if (asked == kiOSThread_StackDefault) return kiOSThread_StackDefaultSize;
   return asked < kiOSThread_StackMinimumSize ? kiOSThread_StackMinimumSize : asked;
 }
+
+// Whether the calling thread holds mutex (false for null). For the class
+// layer, which keeps bookkeeping that only the holder may write.
+bool kiOSMutex_HeldByCaller(kiOSMutex* mutex);
 
 enum kiOSFault {
   kiOSFault_Allocate,     // a record's memory (any kind of record)

@@ -88,6 +88,10 @@ int kiOSMutex_Lock(kiOSMutex* mutex) { return Lock(mutex != nullptr ? &mutex->lo
 
 int kiOSMutex_Unlock(kiOSMutex* mutex) { return Unlock(mutex != nullptr ? &mutex->lock : nullptr); }
 
+bool kiOSMutex_HeldByCaller(kiOSMutex* mutex) {
+  return mutex != nullptr && mutex->lock.holder.load(std::memory_order_relaxed) == Self();
+}
+
 kiOSCriticalSection* kiOSCriticalSection_New() {
   auto* s = static_cast<kiOSCriticalSection*>(kiPosix_AllocRecord(sizeof(kiOSCriticalSection)));
   if (s == nullptr || !Init(&s->lock)) {

@@ -1,5 +1,6 @@
 // LockTest.cpp - the lock classes over their records: lockers, long time-outs,
 // and the fatal end of every lock class whose system part cannot be made.
+#include <atomic>
 #include <chrono>
 #include <climits>
 #include <cstdio>
@@ -41,6 +42,42 @@ TEST(LockTest, LockersHoldForTheirScope) {
 
 // The class takes unsigned long: every value from 0xFFFFFFFF up waits without
 // limit rather than being cut to a short wait.
+}  // namespace
+
+// Reads kiMutex's lock count, which nothing else shows.
+struct kiMutexTestAccess {
+  static int LockCount(const kiMutex& m) { return m.m_lockCount.load(); }
+};
+
+namespace {
+
+// Only the holder writes the lock count: an unlock refused to another thread
+// must not race with the holder's own locks and unlocks. Answers the count
+// left while the holder still holds the lock once.
+int CountAfterRefusedUnlocks() KI_NO_THREAD_SAFETY_ANALYSIS {
+  kiMutex m;
+  m.Lock();
+  std::atomic<bool> stop{false};
+  std::atomic<int> refused{0};
+  std::thread intruder([&]() KI_NO_THREAD_SAFETY_ANALYSIS {
+    while (!stop) refused += m.Unlock();
+  });
+  for (int i = 0; i < 200000; ++i) {
+    m.Lock();
+    m.Unlock();
+  }
+  stop = true;
+  intruder.join();
+  EXPECT_GT(refused.load(), 0);
+  const int count = kiMutexTestAccess::LockCount(m);
+  EXPECT_EQ(0, m.Unlock());
+  return count;
+}
+
+TEST(LockTest, RefusedUnlockLeavesTheHoldersCountAlone) {
+  EXPECT_EQ(1, CountAfterRefusedUnlocks());
+}
+
 TEST(LockTest, SemaphoreLongTimeOutsWaitWithoutLimit) {
   kiSemaphore s(1);
   EXPECT_EQ(0, s.WaitTimeout(0));
