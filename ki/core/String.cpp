@@ -406,21 +406,12 @@ int kiString::PrintfV(const kiWChar* format, va_list args) {
   return static_cast<int>(length());
 }
 
-int kiString::Printf(const kiWChar* format, ...) {
+int kiString::PrintfArguments(const kiWChar* format, ...) {
   va_list args;
   va_start(args, format);
   const int n = PrintfV(format, args);
   va_end(args);
   return n;
-}
-
-kiString kiString::Format(const kiWChar* format, ...) {
-  kiString result;
-  va_list args;
-  va_start(args, format);
-  result.PrintfV(format, args);
-  va_end(args);
-  return result;
 }
 
 // ---- kiWCharBuffer

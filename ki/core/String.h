@@ -5,12 +5,20 @@
 #define KI_CORE_STRING_H
 
 #include <cstdarg>
+#include <type_traits>
 
 #include "ki/Export.h"
 #include "ki/core/CString.h"
 #include "ki/core/StringData.h"
 
 class kiWCharBuffer;
+
+// Whether an argument of kiString::Printf is UTF-16 text, which the wide
+// printf language cannot read.
+template <typename T>
+constexpr bool kiStringIsUTF16Text =
+    std::is_pointer<std::decay_t<T>>::value &&
+    std::is_same<std::remove_cv_t<std::remove_pointer_t<std::decay_t<T>>>, kiWChar>::value;
 
 // The characters of the static empty block: strings made empty (default,
 // from null or empty text, emptied by an edit) point here, so they never
@@ -216,9 +224,25 @@ class KI_API kiString {
   // characters and becomes 2 x room + 2 on each retry. The text ends at its
   // first zero character. A null format, or a text the C library cannot
   // write, gives an empty string. Arguments may point into this string.
-  int Printf(const kiWChar* format, ...);
+  // A UTF-16 text (kiWChar*) is refused at compile time: no conversion reads
+  // it; pass kiConvUTF8.cWC2WX(text) to "%ls" instead.
+  template <typename... Args>
+  int Printf(const kiWChar* format, const Args&... args) {
+    static_assert(!(kiStringIsUTF16Text<Args> || ...),
+                  "kiString::Printf: a UTF-16 text cannot be a printf argument (\"%ls\" reads "
+                  "wchar_t); pass kiConvUTF8.cWC2WX(text)");
+    return PrintfArguments(format, args...);
+  }
   int PrintfV(const kiWChar* format, va_list args);
-  static kiString Format(const kiWChar* format, ...);
+  template <typename... Args>
+  static kiString Format(const kiWChar* format, const Args&... args) {
+    static_assert(!(kiStringIsUTF16Text<Args> || ...),
+                  "kiString::Format: a UTF-16 text cannot be a printf argument (\"%ls\" reads "
+                  "wchar_t); pass kiConvUTF8.cWC2WX(text)");
+    kiString result;
+    result.PrintfArguments(format, args...);
+    return result;
+  }
 
  protected:
   // The operations everything above rests on, for derived classes.
@@ -237,6 +261,7 @@ class KI_API kiString {
   struct kiAdoptTag {};
   kiString(kiAdoptTag, kiWChar* block) : m_pchData(block) {}
   void UnshareableCopy(const kiString& other);
+  int PrintfArguments(const kiWChar* format, ...);  // Printf once its arguments are checked
 
   kiWChar* m_pchData;
 };
