@@ -372,6 +372,9 @@ int kiCString::PrintfV(const char* format, va_list args) {
   // string stay readable until the end.
   unsigned int room = kPrintfStartRoom;
   char* block = Core::AllocBuffer(room);
+  // Empty should the C library fail before writing: not every one terminates
+  // its output on an error.
+  block[0] = '\0';
   for (;;) {
     va_list attempt;
     va_copy(attempt, args);

@@ -375,6 +375,10 @@ TEST(CStringTest, PrintfReplacesTheTextWhateverItsLength) {
   }
   EXPECT_EQ(1, s.Printf("a%cb", '\0'));  // the text ends at its first zero byte
   EXPECT_EQ("7/x", kiCString::Format("%u/%c", 7u, 'x'));
+  // The "C" locale cannot write this character: the C library fails before
+  // writing anything, and the result is empty, not the block's old bytes.
+  EXPECT_EQ(0, s.Printf("%ls", L"\u00e9"));
+  EXPECT_EQ(kiEmptyCString, s.c_str());
 }
 
 }  // namespace
