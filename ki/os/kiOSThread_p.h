@@ -1,10 +1,11 @@
-// kiOSThread_p.h - the stack-size rule of new threads, the holder test of a
-// mutex, and the test seam of the thread and lock records: makes one chosen
+// kiOSThread_p.h - the stack-size rule of new threads, the counted unlock of
+// kiMutex, and the test seam of the thread and lock records: makes one chosen
 // system call fail, so that failure paths run without exhausting the system.
 // Not installed.
 #ifndef KI_OS_KIOSTHREAD_P_H
 #define KI_OS_KIOSTHREAD_P_H
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -19,9 +20,11 @@ inline std::size_t kiOSThread_StackSize(std::uint32_t asked) {
   return asked < kiOSThread_StackMinimumSize ? kiOSThread_StackMinimumSize : asked;
 }
 
-// Whether the calling thread holds mutex (false for null). For the class
-// layer, which keeps bookkeeping that only the holder may write.
-bool kiOSMutex_HeldByCaller(kiOSMutex* mutex);
+// kiOSMutex_Unlock for kiMutex, whose lock count only the holder may write:
+// a caller that does not hold the lock is refused (1) before count is
+// touched; the holder lowers count before the release and restores it when
+// the release fails.
+int kiOSMutex_UnlockCounted(kiOSMutex* mutex, std::atomic<int>* count);
 
 enum kiOSFault {
   kiOSFault_Allocate,     // a record's memory (any kind of record)

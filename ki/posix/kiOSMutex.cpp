@@ -88,8 +88,13 @@ int kiOSMutex_Lock(kiOSMutex* mutex) { return Lock(mutex != nullptr ? &mutex->lo
 
 int kiOSMutex_Unlock(kiOSMutex* mutex) { return Unlock(mutex != nullptr ? &mutex->lock : nullptr); }
 
-bool kiOSMutex_HeldByCaller(kiOSMutex* mutex) {
-  return mutex != nullptr && mutex->lock.holder.load(std::memory_order_relaxed) == Self();
+int kiOSMutex_UnlockCounted(kiOSMutex* mutex, std::atomic<int>* count) {
+  if (mutex == nullptr || mutex->lock.holder.load(std::memory_order_relaxed) != Self()) return 1;
+  const int before = count->load(std::memory_order_relaxed);
+  count->store(before - 1, std::memory_order_relaxed);
+  const int result = Unlock(&mutex->lock);
+  if (result != 0) count->store(before, std::memory_order_relaxed);
+  return result;
 }
 
 kiOSCriticalSection* kiOSCriticalSection_New() {
