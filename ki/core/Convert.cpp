@@ -48,8 +48,7 @@ wchar_t* LocaleToWide(const char* text) {
   if (text == nullptr) return nullptr;
   const size_t length = std::mbstowcs(nullptr, text, 0);
   if (length > kMaxWide) return nullptr;  // (size_t)-1 too: invalid in the locale
-  wchar_t* out = static_cast<wchar_t*>(
-      kiMem_Malloc(static_cast<unsigned int>((length + 1) * sizeof(wchar_t))));
+  wchar_t* out = static_cast<wchar_t*>(kiMem_MallocArray(length + 1, sizeof(wchar_t)));
   if (std::mbstowcs(out, text, length + 1) != length) {
     kiMem_Free(out);
     return nullptr;

@@ -49,9 +49,6 @@ struct kiStringCore {
     if (n > kMaxLength) kiFatalError("memory:malloc", n);  // no block can hold it
     return (n & ~15u) + 19u;
   }
-  static unsigned int BlockBytes(unsigned int capacity) {
-    return static_cast<unsigned int>(sizeof(Data) + (capacity + 1u) * sizeof(C));
-  }
 
   // True when p lies inside d's block (text handed in may be our own).
   static bool Inside(const C* d, const C* p) {
@@ -65,7 +62,8 @@ struct kiStringCore {
   // A fresh block for n characters: count 1, length n, terminated at n.
   static C* AllocBuffer(unsigned int n) {
     const unsigned int capacity = CapacityFor(n);
-    Data* h = static_cast<Data*>(kiMem_Malloc(BlockBytes(capacity)));
+    // The header, then capacity characters and the terminator.
+    Data* h = static_cast<Data*>(kiMem_MallocArray(capacity + 1ull, sizeof(C), sizeof(Data)));
     h->refs = 1;
     h->length = n;
     h->capacity = capacity;
@@ -76,7 +74,8 @@ struct kiStringCore {
   // A private block of a sole owner grown to the capacity rule for n.
   static C* Grow(C* d, unsigned int n) {
     const unsigned int capacity = CapacityFor(n);
-    Data* h = static_cast<Data*>(kiMem_Realloc(Header(d), BlockBytes(capacity)));
+    Data* h =
+        static_cast<Data*>(kiMem_ReallocArray(Header(d), capacity + 1ull, sizeof(C), sizeof(Data)));
     h->capacity = capacity;
     return h->data();
   }

@@ -21,7 +21,7 @@ unsigned int BlockBytes(size_t bytes) {
 }
 
 std::uint32_t* NewOffsets(size_t count) {
-  return static_cast<std::uint32_t*>(kiMem_Malloc(BlockBytes(count * sizeof(std::uint32_t))));
+  return static_cast<std::uint32_t*>(kiMem_MallocArray(count, sizeof(std::uint32_t)));
 }
 
 }  // namespace
@@ -146,7 +146,7 @@ void kiStringList::Add(const char* text) {
   if (length > 0) std::memcpy(m_block + m_blockSize, own ? m_block + (at - begin) : text, length);
   m_block[m_blockSize + length] = '\0';
   m_offsets = static_cast<std::uint32_t*>(
-      kiMem_Realloc(m_offsets, BlockBytes((size_t{m_count} + 1) * sizeof(std::uint32_t))));
+      kiMem_ReallocArray(m_offsets, m_count + 1ull, sizeof(std::uint32_t)));
   m_offsets[m_count++] = m_blockSize;
   m_blockSize = size;
 }

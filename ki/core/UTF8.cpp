@@ -52,7 +52,7 @@ inline bool IsLow(unsigned int u) { return u - 0xDC00u < 0x400u; }
 template <typename C>
 C* NewText(size_t count) {
   if (count >= kMaxBlock / sizeof(C)) return nullptr;  // count + 1 would not fit
-  return static_cast<C*>(kiMem_Malloc(static_cast<unsigned int>((count + 1) * sizeof(C))));
+  return static_cast<C*>(kiMem_MallocArray(count + 1, sizeof(C)));
 }
 
 // ---- UTF-8 -> UTF-16 ----------------------------------------------------------

@@ -31,8 +31,7 @@ void Grow(kiArray_t* array) {
   } else if (array->capacity > kMaxItems / 2) {
     capacity = kMaxItems;
   }
-  array->items = static_cast<void**>(
-      kiMem_Realloc(array->items, static_cast<unsigned int>(capacity * sizeof(void*))));
+  array->items = static_cast<void**>(kiMem_ReallocArray(array->items, capacity, sizeof(void*)));
   array->capacity = capacity;
 }
 
@@ -42,9 +41,7 @@ kiArray_t* kiArray_New(unsigned int capacity) {
   kiArray_t* array = static_cast<kiArray_t*>(kiMem_Malloc(sizeof(kiArray_t)));
   if (capacity > kMaxInitialCapacity) capacity = kMaxInitialCapacity;
   array->items =
-      capacity == 0
-          ? nullptr
-          : static_cast<void**>(kiMem_Malloc(static_cast<unsigned int>(capacity * sizeof(void*))));
+      capacity == 0 ? nullptr : static_cast<void**>(kiMem_MallocArray(capacity, sizeof(void*)));
   array->count = 0;
   array->capacity = capacity;
   return array;

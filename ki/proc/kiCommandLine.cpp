@@ -126,7 +126,7 @@ unsigned int kiCommandLine_Split(const char* text, char*** argv) {
     slotBytes = sizeof(char*);
   }
   if (argv != nullptr) {
-    char* block = static_cast<char*>(kiMem_Malloc(static_cast<unsigned int>(slotBytes + bytes)));
+    char* block = static_cast<char*>(kiMem_MallocArray(count + 1, sizeof(char*), bytes));
     char** slots = reinterpret_cast<char**>(block);
     if (count > 0) {
       Writer write(block + slotBytes);

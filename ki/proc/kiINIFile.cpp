@@ -95,7 +95,7 @@ void PlaceInIndex(kiINIFile* ini, unsigned index) {
 
 void RebuildIndex(kiINIFile* ini, unsigned slotCount) {
   kiMem_Free(ini->slots);
-  ini->slots = static_cast<unsigned*>(kiMem_Calloc(slotCount * sizeof(unsigned)));
+  ini->slots = static_cast<unsigned*>(kiMem_CallocArray(slotCount, sizeof(unsigned)));
   ini->slotMask = slotCount - 1;
   for (unsigned i = 0; i < ini->count; ++i) PlaceInIndex(ini, i);
 }
@@ -141,9 +141,10 @@ void Store(kiINIFile* ini, const Name& name, const char* value, unsigned valueLe
     // load stays linear.
     unsigned step = ini->capacity / 2;
     step = step < kMinCapacity ? kMinCapacity : step - step % kMinCapacity;
-    ini->capacity += step;
-    ini->records = static_cast<Record*>(
-        kiMem_Realloc(ini->records, static_cast<unsigned>(ini->capacity * sizeof(Record))));
+    // Past what a block holds the growth is fatal, long before the count wraps.
+    const unsigned long long capacity = static_cast<unsigned long long>(ini->capacity) + step;
+    ini->records = static_cast<Record*>(kiMem_ReallocArray(ini->records, capacity, sizeof(Record)));
+    ini->capacity = static_cast<unsigned>(capacity);
   }
   Record& r = ini->records[ini->count];
   r.name = CopyText(name.text, name.length);
@@ -354,9 +355,10 @@ void Format(const kiINIFile* ini, Output* out) {
       const long s = Find(ini, r.name, at, Hash(r.name, at));
       if (s < 0 || !ini->records[s].section) continue;
       if (pairs == pairCapacity) {
-        pairCapacity = pairCapacity == 0 ? 256 : pairCapacity * 2;
-        sectionOf = static_cast<unsigned*>(kiMem_Realloc(sectionOf, pairCapacity * 4));
-        entryOf = static_cast<unsigned*>(kiMem_Realloc(entryOf, pairCapacity * 4));
+        const unsigned long long grown = pairCapacity == 0 ? 256 : pairCapacity * 2ull;
+        sectionOf = static_cast<unsigned*>(kiMem_ReallocArray(sectionOf, grown, sizeof(unsigned)));
+        entryOf = static_cast<unsigned*>(kiMem_ReallocArray(entryOf, grown, sizeof(unsigned)));
+        pairCapacity = static_cast<unsigned>(grown);
       }
       sectionOf[pairs] = static_cast<unsigned>(s);
       entryOf[pairs] = i;
@@ -364,8 +366,8 @@ void Format(const kiINIFile* ini, Output* out) {
     }
   }
   // Stable counting sort of the pairs by section record.
-  unsigned* start = static_cast<unsigned*>(kiMem_Calloc((n + 1) * 4));
-  unsigned* sorted = static_cast<unsigned*>(kiMem_Malloc(pairs * 4 + 4));
+  unsigned* start = static_cast<unsigned*>(kiMem_CallocArray(n + 1ull, sizeof(unsigned)));
+  unsigned* sorted = static_cast<unsigned*>(kiMem_MallocArray(pairs + 1ull, sizeof(unsigned)));
   for (unsigned p = 0; p < pairs; ++p) ++start[sectionOf[p] + 1];
   for (unsigned i = 0; i < n; ++i) start[i + 1] += start[i];
   for (unsigned p = 0; p < pairs; ++p) sorted[start[sectionOf[p]]++] = entryOf[p];
@@ -443,8 +445,9 @@ int SetNumber(kiINIFile* ini, const char* section, const char* key, T value) {
 kiINIFile* kiINIFile_New(unsigned int capacity) {
   kiINIFile* ini = static_cast<kiINIFile*>(kiMem_Calloc(sizeof(kiINIFile)));
   ini->capacity = capacity < kMinCapacity ? kMinCapacity : capacity;
-  if (ini->capacity > (1u << 26)) ini->capacity = 1u << 26;  // keeps the sizes below in range
-  ini->records = static_cast<Record*>(kiMem_Malloc(ini->capacity * sizeof(Record)));
+  // Room for every record asked for: a count no block can hold is fatal here,
+  // before the slot count below could overflow.
+  ini->records = static_cast<Record*>(kiMem_MallocArray(ini->capacity, sizeof(Record)));
   unsigned slots = 256;
   while (slots < ini->capacity * 2) slots *= 2;
   RebuildIndex(ini, slots);
@@ -650,7 +653,7 @@ int kiINIFile_DeleteKey(kiINIFile* ini, const char* section, const char* key) {
   if (ini == nullptr || !EntryName(&name, section, key)) return 0;
   const long found = Find(ini, name);
   if (found < 0) return 0;
-  bool* drop = static_cast<bool*>(kiMem_Calloc(ini->count));
+  bool* drop = static_cast<bool*>(kiMem_CallocArray(ini->count, sizeof(bool)));
   drop[found] = true;
   Compact(ini, drop);
   kiMem_Free(drop);
@@ -661,7 +664,7 @@ int kiINIFile_DeleteSection(kiINIFile* ini, const char* section) {
   if (ini == nullptr) return 0;
   Name prefix;
   SectionName(&prefix, section, Length(section));
-  bool* drop = static_cast<bool*>(kiMem_Calloc(ini->count + 1));
+  bool* drop = static_cast<bool*>(kiMem_CallocArray(ini->count + 1ull, sizeof(bool)));
   bool any = false;
   for (unsigned i = 0; i < ini->count; ++i) {
     const Record& r = ini->records[i];

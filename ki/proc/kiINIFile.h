@@ -24,7 +24,8 @@
 struct kiINIFile;  // opaque; records, names and values come from kiMem_*
 
 // An empty table with room for capacity records (at least 128); it grows by
-// 128 records at a time. Never null (exhaustion is fatal).
+// 128 records at a time. Never null (exhaustion is fatal, and so is a
+// capacity whose records no block can hold: past 0xFFFFFFFF bytes).
 KI_API kiINIFile* kiINIFile_New(unsigned int capacity);
 // Releases the table with every name and value. Null: nothing.
 KI_API void kiINIFile_Delete(kiINIFile* ini);

@@ -1,6 +1,7 @@
 // kiMem.cpp - the heap wrappers: every failure goes to kiFatalError.
 #include "ki/proc/kiMem.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -21,6 +22,19 @@ void* Allocate(size_t size) {
   if (block == nullptr && size == 0) block = std::malloc(1);  // some heaps answer null for 0
   if (block == nullptr) kiFatalError("memory:malloc", size);
   return block;
+}
+
+// count * size + extra as a block size, or the end of the process with tag
+// when the total passes what the unsigned int size of the wrappers holds.
+unsigned int ArrayBytes(unsigned long long count, unsigned long long size, unsigned long long extra,
+                        const char* tag) {
+  unsigned long long total = 0;
+  const bool wrapped =
+      __builtin_mul_overflow(count, size, &total) || __builtin_add_overflow(total, extra, &total);
+  if (!wrapped && total <= 0xFFFFFFFFu) return static_cast<unsigned int>(total);
+  // The detail is the size asked for, saturated where the detail cannot hold it.
+  const auto detail = static_cast<std::uintptr_t>(total);
+  kiFatalError(tag, !wrapped && detail == total ? detail : UINTPTR_MAX);
 }
 
 }  // namespace
@@ -45,6 +59,21 @@ void* kiMem_Realloc(void* block, unsigned int size) {
 }
 
 void kiMem_Free(void* block) { std::free(block); }
+
+void* kiMem_MallocArray(unsigned long long count, unsigned long long size,
+                        unsigned long long extra) {
+  return Allocate(ArrayBytes(count, size, extra, "memory:malloc"));
+}
+
+void* kiMem_CallocArray(unsigned long long count, unsigned long long size,
+                        unsigned long long extra) {
+  return kiMem_Calloc(ArrayBytes(count, size, extra, "memory:malloc"));
+}
+
+void* kiMem_ReallocArray(void* block, unsigned long long count, unsigned long long size,
+                         unsigned long long extra) {
+  return kiMem_Realloc(block, ArrayBytes(count, size, extra, "memory:realloc"));
+}
 
 char* kiMem_Strdup(const char* text) {
   if (text == nullptr) return nullptr;

@@ -18,6 +18,22 @@ KI_API void* kiMem_Calloc(unsigned int size);
 KI_API void* kiMem_Realloc(void* block, unsigned int size);
 KI_API void kiMem_Free(void* block);
 
+// Blocks for count items of size bytes, plus extra bytes (a header, a
+// terminator): use these wherever a size is a count times an item size, so
+// that no product is ever cut to the 32-bit size above. The total is taken in
+// 64 bits; one past 0xFFFFFFFF, the most a block can hold, is fatal
+// "memory:malloc" (kiMem_ReallocArray: "memory:realloc") with the total as the
+// size detail, saturated at the largest std::uintptr_t when even 64 bits
+// cannot hold it. Otherwise they are kiMem_Malloc, kiMem_Calloc and
+// kiMem_Realloc of the total (a total of 0 given to kiMem_ReallocArray frees
+// the block and answers null).
+KI_API void* kiMem_MallocArray(unsigned long long count, unsigned long long size,
+                               unsigned long long extra = 0);
+KI_API void* kiMem_CallocArray(unsigned long long count, unsigned long long size,
+                               unsigned long long extra = 0);
+KI_API void* kiMem_ReallocArray(void* block, unsigned long long count, unsigned long long size,
+                                unsigned long long extra = 0);
+
 // Copies of narrow text; null in, null out. kiMem_Strdup failing is fatal
 // "memory:strdup" with the source length; kiMem_Strndup copies exactly n bytes
 // (zero bytes included) and adds a terminator.

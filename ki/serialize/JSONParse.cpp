@@ -50,12 +50,13 @@ class Token {
   void Grow(size_t n) {
     size_t want = m_capacity * 2;
     if (want < m_length + n) want = m_length + n;
+    // want characters and the terminator; a token no block can hold is fatal.
     if (m_data == m_local) {
-      char* block = static_cast<char*>(kiMem_Malloc(want + 1));
+      char* block = static_cast<char*>(kiMem_MallocArray(want, sizeof(char), 1));
       std::memcpy(block, m_local, m_length);
       m_data = block;
     } else {
-      m_data = static_cast<char*>(kiMem_Realloc(m_data, want + 1));
+      m_data = static_cast<char*>(kiMem_ReallocArray(m_data, want, sizeof(char), 1));
     }
     m_capacity = want;
   }

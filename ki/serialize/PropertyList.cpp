@@ -154,7 +154,7 @@ int kiPropertyListFormatter::MapBegin() {
     if (m_depth == m_stackSize) {  // grown by one entry at a time
       if (m_stackSize >= 0xFFFFFFFFu / sizeof(*m_stack)) OutOfMemory(0xFFFFFFFFu);
       m_stack = static_cast<kiPropertyList**>(
-          kiMem_Realloc(m_stack, (m_stackSize + 1) * static_cast<unsigned int>(sizeof(*m_stack))));
+          kiMem_ReallocArray(m_stack, m_stackSize + 1ull, sizeof(*m_stack)));
       ++m_stackSize;
     }
     m_stack[m_depth++] = m_list;
