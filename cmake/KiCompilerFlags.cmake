@@ -12,7 +12,8 @@ function(ki_set_warnings target)
 endfunction()
 
 # Rules for the libraries themselves: no exceptions, hidden symbols, nothing
-# run at load time (clang checks the last one).
+# run at load time, and no 64-bit value cut to 32 bits unseen (clang checks
+# the last two: block sizes are 32-bit, counts and lengths often size_t).
 function(ki_library_flags target)
   ki_set_warnings(${target})
   target_compile_options(${target} PRIVATE -fno-exceptions)
@@ -21,7 +22,8 @@ function(ki_library_flags target)
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-    target_compile_options(${target} PRIVATE -Wglobal-constructors -Wexit-time-destructors)
+    target_compile_options(${target} PRIVATE -Wglobal-constructors -Wexit-time-destructors
+      -Wshorten-64-to-32)
   endif()
 endfunction()
 
