@@ -377,7 +377,7 @@ int kiString::PrintfV(const kiWChar* format, va_list args) {
   // readable until the end.
   wchar_t* native = kiUTF16_ToWide(format);
   unsigned int room = kPrintfStartRoom;
-  auto* text = static_cast<wchar_t*>(kiMem_Malloc((room + 1) * sizeof(wchar_t)));
+  auto* text = static_cast<wchar_t*>(kiMem_MallocArray(room + 1ull, sizeof(wchar_t)));
   bool written = false;
   for (;;) {
     va_list attempt;
@@ -394,7 +394,7 @@ int kiString::PrintfV(const kiWChar* format, va_list args) {
     // cannot be converted) ends the retries.
     if ((errno != 0 && errno != EOVERFLOW) || room >= kPrintfMaxRoom) break;
     room = 2 * room + 2;  // intended growth rule of the wide string
-    text = static_cast<wchar_t*>(kiMem_Realloc(text, (room + 1) * sizeof(wchar_t)));
+    text = static_cast<wchar_t*>(kiMem_ReallocArray(text, room + 1ull, sizeof(wchar_t)));
   }
   // A value no UTF-16 text can hold (past 0x10FFFF) also gives up.
   kiWChar* units = written ? kiUTF16_FromWide(text) : nullptr;
@@ -418,8 +418,7 @@ int kiString::PrintfArguments(const kiWChar* format, ...) {
 // -------------------------------------------------------------------------------
 
 kiWCharBuffer::kiWCharBuffer(unsigned int n) : m_text(nullptr) {
-  if (n >= 0x7FFFFFFFu) kiFatalError("memory:malloc", n);  // 2 (n + 1) bytes cannot be asked for
-  m_text = static_cast<kiWChar*>(kiMem_Malloc(2 * (n + 1)));
+  m_text = static_cast<kiWChar*>(kiMem_MallocArray(n + 1ull, sizeof(kiWChar)));
   m_text[n] = 0;
 }
 
