@@ -1,6 +1,8 @@
 // LogTest.cpp - kivoToolsLog: threshold and categories, per-thread records and
 // nesting, the capture hook, the line written to a file.
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <fstream>
 #include <regex>
 #include <string>
@@ -13,6 +15,12 @@
 #include "support/LogCapture.h"
 #include "support/TempDir.h"
 #include <kiLog/Log.h>
+
+#if !defined(_WIN32)
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -168,5 +176,49 @@ TEST_F(LogTest, ConcurrentRecordsStayWhole) {
   std::sort(lines.begin(), lines.end());
   EXPECT_TRUE(lines == expected);  // no dump of 1600 lines on failure
 }
+
+#if !defined(_WIN32)
+// A child forked while another thread is inside the output path can log and
+// change settings: the fork waits for the lock and the child gets it free.
+TEST_F(LogTest, ChildForkedWhileAnotherThreadWritesCanLog) {
+  // 1: the hook holds the lock (for 100 ms), 2: forked. The writer outlives
+  // the fork so that the child inherits no ended, unjoined thread.
+  static std::atomic<int> stage;
+  stage = 0;
+  kiLog_CaptureHook blocking = [](void*, const kiLog_Entry*) {
+    stage = 1;
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    return 1;
+  };
+  kiLog_CaptureHook previous = kiLog_SetCaptureHook(blocking, nullptr, nullptr);
+  std::thread writer([] {
+    Log(1, 42, "held");
+    while (stage.load() != 2) std::this_thread::yield();
+  });
+  while (stage.load() != 1) std::this_thread::yield();
+  pid_t child = fork();
+  if (child == 0) {
+    kiLog_SetCaptureHook(nullptr, nullptr, nullptr);
+    Log(1, 42, "child");
+    _exit(0);
+  }
+  stage = 2;
+  writer.join();
+  ASSERT_NE(-1, child);
+  kiLog_SetCaptureHook(previous, nullptr, nullptr);
+  int status = 0;
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (waitpid(child, &status, WNOHANG) == 0) {
+    if (std::chrono::steady_clock::now() > deadline) {
+      kill(child, SIGKILL);
+      waitpid(child, &status, 0);
+      FAIL() << "the child hung on the log lock";
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  EXPECT_THAT(Lines(), ElementsAre("E 42 tests/Log:7 child"));
+}
+#endif
 
 }  // namespace

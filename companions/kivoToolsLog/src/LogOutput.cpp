@@ -7,6 +7,11 @@
 #include <cstring>
 #include <ctime>
 #include <mutex>
+#include <new>
+
+#if !defined(_WIN32)
+#include <pthread.h>
+#endif
 
 #include "Log_p.h"
 #include "kiLog/Log.h"
@@ -49,6 +54,32 @@ class kiLogGuard {
  private:
   bool m_locked;
 };
+
+#if !defined(_WIN32)
+// A forked child has only the thread that called fork(). The lock is taken
+// before the fork, so no other thread is inside the output path at that moment
+// and the child starts with a lock nobody holds. A thread that forks while it
+// holds the lock itself (from inside the capture hook) keeps holding it in the
+// child and releases it as usual.
+thread_local bool t_lockedForFork;  // per thread: two threads may fork at once
+
+void BeforeFork() {
+  t_lockedForFork = !t_holdsLock;
+  if (t_lockedForFork) g_mutex.lock();
+}
+
+void AfterForkInParent() {
+  if (t_lockedForFork) g_mutex.unlock();
+}
+
+void AfterForkInChild() {
+  if (!t_lockedForFork) return;
+  // Built afresh rather than unlocked: the child's thread is not the one the
+  // lock's bookkeeping may name as owner.
+  new (&g_mutex) std::mutex();
+  g_inHook = false;
+}
+#endif
 
 // "2026-11-21 13:22:01.123" in local time.
 void FormatTime(char* out, std::size_t size) {
@@ -186,9 +217,13 @@ void ApplyCategories(const char* text) {
 }
 
 // The only work done at load (intended): the environment is read once, before
-// any writer can test the threshold. Priority 101 runs it ahead of ordinary
-// static constructors when the library is linked statically.
+// any writer can test the threshold, and the fork handlers are installed.
+// Priority 101 runs it ahead of ordinary static constructors when the library
+// is linked statically.
 __attribute__((constructor(101))) void ReadEnvironment() {
+#if !defined(_WIN32)
+  pthread_atfork(BeforeFork, AfterForkInParent, AfterForkInChild);
+#endif
   const char* level = std::getenv("KIVO_LOG_LEVEL");
   unsigned long value = 0;
   if (level != nullptr && ParseNumber(level, level + std::strlen(level), 0xFFFF, &value)) {

@@ -1,5 +1,7 @@
 // Log.h - kivoToolsLog, the log facade: the level threshold, records opened per
 // thread, formatted appends, and the settings an application (or a test) uses.
+// Thread-safe, and fork-safe on POSIX: a fork waits for the output lock, so a
+// child may log at once whatever the other threads were doing.
 #ifndef KILOG_LOG_H
 #define KILOG_LOG_H
 
