@@ -17,6 +17,7 @@
 #include "ki/os/kiPlatform_p.h"
 #include "ki/posix/kiPosix_p.h"
 #include "ki/proc/kiCommandLine.h"
+#include "ki/proc/kiFatalError_p.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiTime.h"
 
@@ -75,6 +76,26 @@ int WatchChild(pid_t pid) {
   return error;
 }
 
+// The caller's environment less the fatal-error callback's variable: the
+// address it holds means nothing in another process, and a program linking ki
+// would call it on its own fatal error. The array is the caller's to free; the
+// texts still belong to environ.
+char** EnvironmentForChild() {
+  const char* name = kiFatalError_VariableName();
+  const std::size_t nameLength = std::strlen(name);
+  std::size_t count = 0;
+  while (environ[count] != nullptr) ++count;
+  char** envp = static_cast<char**>(kiMem_MallocArray(count, sizeof(char*), sizeof(char*)));
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const char* entry = environ[i];
+    if (std::strncmp(entry, name, nameLength) == 0 && entry[nameLength] == '=') continue;
+    envp[kept++] = environ[i];
+  }
+  envp[kept] = nullptr;
+  return envp;
+}
+
 // posix_spawnp with default signal handling, an empty signal mask and, where
 // the C library can, only descriptors 0 to 2 left open. 0 or the error number;
 // glibc answers only once the new process has run exec or failed to.
@@ -100,7 +121,11 @@ int Spawn(const char* program, char* const* argv, pid_t* pid) {
 #if defined(KI_POSIX_SPAWN_CLOSEFROM)
   if (error == 0) error = posix_spawn_file_actions_addclosefrom_np(&actions, 3);
 #endif
-  if (error == 0) error = posix_spawnp(pid, program, &actions, &attr, argv, environ);
+  if (error == 0) {
+    char** envp = EnvironmentForChild();
+    error = posix_spawnp(pid, program, &actions, &attr, argv, envp);
+    kiMem_Free(envp);
+  }
   posix_spawn_file_actions_destroy(&actions);
   posix_spawnattr_destroy(&attr);
   return error;
@@ -138,8 +163,7 @@ int kiPlatform_Launch(const char* program, const char* arguments) {
     return -1;
   }
   // argv[0] is the program path, then the arguments and the split's null.
-  char** argv =
-      static_cast<char**>(kiMem_Malloc(static_cast<unsigned int>((count + 2) * sizeof(char*))));
+  char** argv = static_cast<char**>(kiMem_MallocArray(count + 2ull, sizeof(char*)));
   argv[0] = const_cast<char*>(program);
   std::memcpy(argv + 1, split, (count + 1) * sizeof(char*));
 

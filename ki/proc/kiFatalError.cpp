@@ -106,4 +106,4 @@ void kiFatalError_SetVariableNameForTesting(const char* name) {
   g_variableName = name != nullptr ? name : kCallbackVariable;
 }
 
-const char* kiFatalError_VariableNameForTesting() { return g_variableName; }
+const char* kiFatalError_VariableName() { return g_variableName; }

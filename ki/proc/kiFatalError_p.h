@@ -1,4 +1,5 @@
-// kiFatalError_p.h - test seam of the fatal-error reporter. Not installed.
+// kiFatalError_p.h - what the rest of the library and the tests see of the
+// fatal-error reporter. Not installed.
 #ifndef KI_PROC_KIFATALERROR_P_H
 #define KI_PROC_KIFATALERROR_P_H
 
@@ -7,7 +8,8 @@
 // The name of the environment variable that carries the callback address;
 // null restores the real one. Lets a test make the store fail.
 KI_API void kiFatalError_SetVariableNameForTesting(const char* name);
-// The real name, for tests that plant a value by hand.
-KI_API const char* kiFatalError_VariableNameForTesting();
+// The name in use: the launcher keeps it out of the programs it starts, and
+// tests plant a value under it by hand.
+KI_API const char* kiFatalError_VariableName();
 
 #endif  // KI_PROC_KIFATALERROR_P_H

@@ -1,6 +1,7 @@
 // kiPlatformTest.cpp - launching programs (arguments, failures and their
 // messages, the start time-out, reaping, what the program inherits) and the
 // host name.
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -20,6 +21,7 @@
 #include "ki/os/kiPlatform.h"
 #include "ki/os/kiPlatform_p.h"
 #include "ki/proc/kiCommandLine.h"
+#include "ki/proc/kiFatalError_p.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiTime_p.h"
 #include "support/CommandLineText.h"
@@ -162,6 +164,24 @@ TEST_F(PlatformTest, ProgramStartsWithDefaultSignalsAndStandardDescriptors) {
 #if defined(__GLIBC__) && (__GLIBC__ > 2 || (__GLIBC__ == 2 && __GLIBC_MINOR__ >= 34))
   EXPECT_EQ(Lines{"closed"}, WaitForLines(dir_.Path("fd")));
 #endif
+}
+
+// The program gets the caller's environment, less the fatal-error callback's
+// address, which means nothing in another process. The shell's own start-up
+// environment is read, since a shell drops names it cannot hold.
+TEST_F(PlatformTest, ProgramInheritsTheEnvironmentButNotTheFatalCallback) {
+  const std::string callback = kiFatalError_VariableName();
+  ASSERT_EQ(0, kiPlatform_SetEnv(callback.c_str(), "0x1234"));
+  ASSERT_EQ(0, kiPlatform_SetEnv("KI_TEST_INHERITED", "yes"));
+  const int result = kiPlatform_Launch(
+      "/bin/sh", ShArgs("tr '\\0' '\\n' < /proc/$$/environ", dir_.Path("env")).c_str());
+  kiPlatform_SetEnv(callback.c_str(), nullptr);
+  kiPlatform_SetEnv("KI_TEST_INHERITED", nullptr);
+  ASSERT_EQ(0, result);
+  const Lines lines = WaitForLines(dir_.Path("env"));
+  // Counted, so that a failure does not print the whole environment.
+  EXPECT_EQ(1, std::count(lines.begin(), lines.end(), "KI_TEST_INHERITED=yes"));
+  EXPECT_EQ(0, std::count(lines.begin(), lines.end(), callback + "=0x1234"));
 }
 
 TEST(HostNameTest, ShortNameRule) {

@@ -81,7 +81,7 @@ TEST(FatalErrorTest, ReportsInOrderAndEndsWithStatus255) {
     SCOPED_TRACE(c.what);
     const kiTest::ChildResult r = kiTest::RunInChild([&] {
       EchoLog();
-      kiPlatform_SetEnv(kiFatalError_VariableNameForTesting(), nullptr);
+      kiPlatform_SetEnv(kiFatalError_VariableName(), nullptr);
       kiFatalError(c.tag, c.detail, c.logDetail);
     });
     EXPECT_FALSE(r.signaled);
@@ -109,7 +109,7 @@ TEST(FatalErrorTest, RegisteredCallbackRunsAfterTheReport) {
 TEST(FatalErrorTest, CallbackTravelsThroughTheEnvironment) {
   const kiTest::ChildResult r = kiTest::RunInChild([] {
     kiFatalError_SetCallback(PrintingCallback);
-    char* text = kiPlatform_GetEnv(kiFatalError_VariableNameForTesting());
+    char* text = kiPlatform_GetEnv(kiFatalError_VariableName());
     std::printf("[%s]\n", text != nullptr ? text : "unset");
     kiMem_Free(text);
     const kiTest::ChildResult inner = kiTest::RunInChild([] { kiFatalError("memory:strdup", 3); });
@@ -126,7 +126,7 @@ TEST(FatalErrorTest, MalformedOrClearedCallbackIsIgnored) {
   for (const char* value : values) {
     SCOPED_TRACE(value);
     const kiTest::ChildResult r = kiTest::RunInChild([&] {
-      kiPlatform_SetEnv(kiFatalError_VariableNameForTesting(), value);
+      kiPlatform_SetEnv(kiFatalError_VariableName(), value);
       kiFatalError("os:condition");
     });
     EXPECT_EQ(255, r.exitStatus);
