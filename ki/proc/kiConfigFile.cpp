@@ -151,6 +151,18 @@ int kiConfigFile_Save(kiConfigFile* cf) {
   const char* path = cf->readWritePath;
   const Sibling temp(path, ".tmp");
   const Sibling ok(path, ".ok");
+  // K without P is an earlier save that failed at its last step: K holds the
+  // only complete table. That commit is finished first, as the next opening
+  // would finish it, since removing K below with no P beside it would leave
+  // only T, which recovery deletes. Should K not become P, nothing is touched.
+  if (kiFile_Exists(path) == 0 && kiFile_Exists(ok.c_str()) != 0) {
+    if (kiFile_Rename(ok.c_str(), path) != 0) {
+      KI_LOG(kiLogLevel_Error, kiLogCat_ConfigFile, "Cannot save file: cannot commit file '%s'\n",
+             ok.c_str());
+      return 0;
+    }
+    SyncDirectoryOf(path);
+  }
   const bool okExisted = kiFile_Exists(ok.c_str()) != 0;
   Reached(kiConfigFileSave_Noted);
   if (kiINIFile_SaveDurably(temp.c_str(), cf->readWrite) == 0) {

@@ -9,6 +9,9 @@
 // serialises access itself.
 //
 // Save, with P the read-write file, T = P + ".tmp" and K = P + ".ok":
+//  0. when K exists without P (an earlier save failed at step 5), rename K to
+//     P first, else log "Cannot save file: cannot commit file '%s'\n" (K) and
+//     fail with nothing touched: step 3 must never remove the only table;
 //  1. note whether K exists;
 //  2. write the table to T, every byte out and synced to the disk, else log
 //     "Cannot save file '%s'\n" (T) and fail;

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <sched.h>
 #include <string>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -74,24 +75,37 @@ void WriteOld(const std::string& path) {
 }
 
 int g_stopAt = 0;
+const char* g_blockedPath = nullptr;  // made a directory once the save removed it
 void StopHere(int point) {
+  if (g_blockedPath != nullptr && point == kiConfigFileSave_FileRemoved) {
+    mkdir(g_blockedPath, 0700);
+  }
   if (point == g_stopAt) raise(SIGKILL);
 }
 
 // Forks a child that opens the file, fills in the new table, writes one byte
 // to ready and saves; it is killed at hook point stopAt (0: none) or by the
 // parent after delay. The parent waits for it (bounded) and reports whether it
-// died by SIGKILL.
-bool RunChild(const std::string& path, int stopAt, std::chrono::microseconds delay) {
+// died by SIGKILL. With afterFailedSave, the child first saves the old table
+// and has that save fail at its last step (the file's name is taken by a
+// directory, removed afterwards), so that only ".ok" holds a table.
+bool RunChild(const std::string& path, int stopAt, std::chrono::microseconds delay,
+              bool afterFailedSave = false) {
   int ready[2];
   if (pipe(ready) != 0) return false;
   const pid_t pid = fork();
   if (pid == 0) {
     close(ready[0]);
     kiConfigFile* cf = kiConfigFile_Open(nullptr, path.c_str());
+    kiConfigFile_SetSaveHookForTesting(StopHere);
+    if (afterFailedSave) {
+      Fill(cf, "old");
+      g_blockedPath = path.c_str();
+      if (kiConfigFile_Save(cf) != 0 || rmdir(path.c_str()) != 0) _exit(3);
+      g_blockedPath = nullptr;
+    }
     Fill(cf, "new");
     g_stopAt = stopAt;
-    kiConfigFile_SetSaveHookForTesting(stopAt != 0 ? StopHere : nullptr);
     const char byte = 1;
     if (write(ready[1], &byte, 1) != 1) _exit(2);
     _exit(kiConfigFile_Save(cf) == 1 ? 0 : 1);
@@ -122,6 +136,8 @@ bool RunChild(const std::string& path, int stopAt, std::chrono::microseconds del
   return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
 }
 
+// Started from the old file, and from a process whose earlier save of the old
+// table failed at its last step, leaving only ".ok".
 TEST(ConfigCrashTest, KilledAtEachStepLeavesOldOrNew) {
   kiTest::TempDir dir;
   kiTest::LogCapture log;
@@ -132,11 +148,17 @@ TEST(ConfigCrashTest, KilledAtEachStepLeavesOldOrNew) {
   } rows[] = {{kiConfigFileSave_Noted, "old"},       {kiConfigFileSave_TempWritten, "old"},
               {kiConfigFileSave_OkRemoved, "old"},   {kiConfigFileSave_TempRenamed, "new"},
               {kiConfigFileSave_FileRemoved, "new"}, {kiConfigFileSave_Committed, "new"}};
-  for (const auto& r : rows) {
-    SCOPED_TRACE(r.point);
-    WriteOld(path);
-    EXPECT_TRUE(RunChild(path, r.point, std::chrono::microseconds(0)));
-    EXPECT_EQ(r.expected, Outcome(path));
+  for (bool afterFailedSave : {false, true}) {
+    for (const auto& r : rows) {
+      SCOPED_TRACE(std::to_string(r.point) + (afterFailedSave ? " after a failed save" : ""));
+      if (afterFailedSave) {
+        std::remove(path.c_str());
+      } else {
+        WriteOld(path);
+      }
+      EXPECT_TRUE(RunChild(path, r.point, std::chrono::microseconds(0), afterFailedSave));
+      EXPECT_EQ(r.expected, Outcome(path));
+    }
   }
   EXPECT_EQ(0u, log.Count());
 }

@@ -6,6 +6,7 @@
 #include <sstream>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -205,6 +206,22 @@ TEST_F(ConfigFileTest, SaveFailuresAreLogged) {
   kiConfigFile_Close(cf);
   EXPECT_EQ(std::vector<std::string>{"Cannot save file: cannot rename temporary file '" +
                                      P(".tmp") + "'\n"},
+            Messages());
+  log_.Clear();
+
+  // ".ok" alone, left by a failed save, cannot become the file (a dangling
+  // link holds the name): the next save refuses and touches nothing.
+  const std::string other = dir_.Path("other.ini");
+  Write(other + ".ok", "k=old\r\n");
+  ASSERT_EQ(0, symlink("missing", other.c_str()));
+  cf = kiConfigFile_Open(nullptr, other.c_str());
+  log_.Clear();  // the opening's recovery failed as well
+  kiConfigFile_Set(cf, nullptr, "k", "new");
+  EXPECT_EQ(0, kiConfigFile_Save(cf));
+  kiConfigFile_Close(cf);
+  EXPECT_EQ("k=old\r\n", Read(other + ".ok"));
+  EXPECT_FALSE(Exists(other + ".tmp"));
+  EXPECT_EQ(std::vector<std::string>{"Cannot save file: cannot commit file '" + other + ".ok'\n"},
             Messages());
 }
 
