@@ -39,9 +39,6 @@ TEST(LockTest, LockersHoldForTheirScope) {
   kiMutexLocker none(nullptr);  // a null lock is ignored
   kiCriticalSectionLocker noSection(nullptr);
 }
-
-// The class takes unsigned long: every value from 0xFFFFFFFF up waits without
-// limit rather than being cut to a short wait.
 }  // namespace
 
 // Reads kiMutex's lock count, which nothing else shows.
@@ -62,7 +59,8 @@ int CountAfterRefusedUnlocks() KI_NO_THREAD_SAFETY_ANALYSIS {
   std::thread intruder([&]() KI_NO_THREAD_SAFETY_ANALYSIS {
     while (!stop) refused += m.Unlock();
   });
-  for (int i = 0; i < 200000; ++i) {
+  // Until the intruder has been refused often, however late it gets to run.
+  for (int i = 0; i < 200000 || refused.load() < 1000; ++i) {
     m.Lock();
     m.Unlock();
   }
@@ -78,6 +76,8 @@ TEST(LockTest, RefusedUnlockLeavesTheHoldersCountAlone) {
   EXPECT_EQ(1, CountAfterRefusedUnlocks());
 }
 
+// The class takes unsigned long: every value from 0xFFFFFFFF up waits without
+// limit rather than being cut to a short wait.
 TEST(LockTest, SemaphoreLongTimeOutsWaitWithoutLimit) {
   kiSemaphore s(1);
   EXPECT_EQ(0, s.WaitTimeout(0));
