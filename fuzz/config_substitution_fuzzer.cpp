@@ -7,8 +7,8 @@
 #include <string>
 
 #include "ki/config/Config.h"
-#include "ki/os/kiPlatform.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPlatform.h"
 
 #include "FuzzInput.h"
 

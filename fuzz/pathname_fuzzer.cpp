@@ -7,9 +7,9 @@
 #include <string>
 
 #include "ki/files/PathName.h"
-#include "ki/os/kiPath.h"
-#include "ki/os/kiPath_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPath.h"
+#include "ki/proc/kiPath_p.h"
 
 #include "FuzzInput.h"
 

@@ -6,9 +6,9 @@
 #include <cstring>
 
 #include "ki/core/Log.h"
-#include "ki/os/kiPath.h"
 #include "ki/proc/kiCommandLine.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPath.h"
 #include "ki/proc/kiStr.h"
 
 KI_LOG_SOURCE("config/CommandLineParser")

@@ -7,10 +7,10 @@
 
 #include "ki/core/Convert.h"
 #include "ki/core/Log.h"
-#include "ki/os/kiDir.h"
-#include "ki/os/kiPlatform.h"
 #include "ki/proc/kiConfigFile.h"
+#include "ki/proc/kiDir.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPlatform.h"
 
 KI_LOG_SOURCE("config/Config")
 

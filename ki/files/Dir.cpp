@@ -7,7 +7,7 @@
 #include "ki/core/Log.h"
 #include "ki/files/File.h"
 #include "ki/files/Times_p.h"
-#include "ki/os/kiDir.h"
+#include "ki/proc/kiDir.h"
 #include "ki/proc/kiMem.h"
 
 KI_LOG_SOURCE("files/Dir")

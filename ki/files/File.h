@@ -5,7 +5,7 @@
 
 #include "ki/Export.h"
 #include "ki/os/DateTime.h"
-#include "ki/os/kiFile.h"
+#include "ki/proc/kiFile.h"
 
 // Holds a descriptor (kiFile_NoFD() when none) and the code of the last
 // operation (0, a kiFileError_* code, or 1 after EndOfFile at the end). It

@@ -3,10 +3,10 @@
 #include "ki/files/PathName.h"
 
 #include "ki/files/File.h"
-#include "ki/os/kiDir.h"
-#include "ki/os/kiPath.h"
-#include "ki/os/kiPath_p.h"
+#include "ki/proc/kiDir.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPath.h"
+#include "ki/proc/kiPath_p.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 #include "ki/os/Condition.h"
 
 #include "ki/os/Timeout_p.h"
-#include "ki/os/kiOSThread.h"
 #include "ki/proc/kiFatalError.h"
+#include "ki/proc/kiOSThread.h"
 
 kiCondition::kiCondition() : kiCondition(false, false) {}
 

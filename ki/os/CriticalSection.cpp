@@ -1,8 +1,8 @@
 // CriticalSection.cpp - kiCriticalSection and its locker over kiOSCriticalSection.
 #include "ki/os/CriticalSection.h"
 
-#include "ki/os/kiOSThread.h"
 #include "ki/proc/kiFatalError.h"
+#include "ki/proc/kiOSThread.h"
 
 kiCriticalSection::kiCriticalSection() : m_os(kiOSCriticalSection_New()) {
   if (m_os == nullptr) kiFatalError("os:criticalsection");

@@ -1,9 +1,9 @@
 // Mutex.cpp - kiMutex over kiOSMutex: the parts that are not inline.
 #include "ki/os/Mutex.h"
 
-#include "ki/os/kiOSThread.h"
-#include "ki/os/kiOSThread_p.h"
 #include "ki/proc/kiFatalError.h"
+#include "ki/proc/kiOSThread.h"
+#include "ki/proc/kiOSThread_p.h"
 
 kiMutex::kiMutex() : m_os(kiOSMutex_New()), m_lockCount(0) {
   if (m_os == nullptr) kiFatalError("os:mutex");

@@ -6,7 +6,7 @@
 #include <atomic>
 
 #include "ki/Export.h"
-#include "ki/os/kiOSThread.h"
+#include "ki/proc/kiOSThread.h"
 
 // Lock annotations for clang's -Wthread-safety; empty elsewhere.
 #if defined(__clang__)
@@ -37,7 +37,7 @@ class KI_CAPABILITY("mutex") KI_API kiMutex {
   void AssertLocked() {}  // hook for debug builds
 
  private:
-  friend class kiConditionExt;     // waits on the OS record
+  friend class kiConditionExt;      // waits on the OS record
   friend struct kiMutexTestAccess;  // tests read the lock count
 
   kiOSMutex* m_os;  // owned
@@ -72,6 +72,5 @@ inline int kiMutex::Lock() KI_NO_THREAD_SAFETY_ANALYSIS {
   }
   return result;
 }
-
 
 #endif  // KI_OS_MUTEX_H

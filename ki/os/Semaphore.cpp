@@ -2,8 +2,8 @@
 #include "ki/os/Semaphore.h"
 
 #include "ki/os/Timeout_p.h"
-#include "ki/os/kiOSThread.h"
 #include "ki/proc/kiFatalError.h"
+#include "ki/proc/kiOSThread.h"
 
 kiSemaphore::kiSemaphore(int initialCount) : m_os(kiOSSemaphore_New(initialCount)) {
   if (m_os == nullptr) kiFatalError("os:semaphore");

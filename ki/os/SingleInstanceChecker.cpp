@@ -1,8 +1,8 @@
 // SingleInstanceChecker.cpp - kiSingleInstanceChecker over kiOSSingleInstanceChecker.
 #include "ki/os/SingleInstanceChecker.h"
 
-#include "ki/os/kiOSThread.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiOSThread.h"
 
 kiSingleInstanceChecker::kiSingleInstanceChecker(const char* name, const char* suffix)
     : m_os(nullptr) {

@@ -5,8 +5,8 @@
 
 #include "ki/core/Log.h"
 #include "ki/os/Semaphore.h"
-#include "ki/os/kiOSThread.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiOSThread.h"
 
 KI_LOG_SOURCE("os/StoppableThread")
 

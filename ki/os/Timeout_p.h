@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "ki/os/kiOSThread.h"
+#include "ki/proc/kiOSThread.h"
 
 // unsigned long is 64 bits wide on LP64 systems: every value from 0xFFFFFFFF
 // up (ULONG_MAX included) is a wait without limit rather than a cut one.

@@ -1,6 +1,5 @@
-# os/ - the operating-system services and threads: the kiOS* declarations
-# (implemented once per platform folder), the classes over them, and the parts
-# built only from other kiOS records (the condition), which are portable.
+# os/ - the operating-system classes: locks, conditions, semaphores, threads,
+# time-outs and dates, over the kiOS* records of the procedural layer.
 list(APPEND KI_PUBLIC_HEADERS
   os/Condition.h
   os/CriticalSection.h
@@ -9,13 +8,7 @@ list(APPEND KI_PUBLIC_HEADERS
   os/Semaphore.h
   os/SingleInstanceChecker.h
   os/StoppableThread.h
-  os/Timeout.h
-  os/kiDebug.h
-  os/kiDir.h
-  os/kiFile.h
-  os/kiOSThread.h
-  os/kiPath.h
-  os/kiPlatform.h)
+  os/Timeout.h)
 list(APPEND KI_SOURCES
   os/Condition.cpp
   os/CriticalSection.cpp
@@ -25,11 +18,4 @@ list(APPEND KI_SOURCES
   os/SingleInstanceChecker.cpp
   os/StoppableThread.cpp
   os/Timeout.cpp
-  os/Timeout_p.h
-  os/kiOSCondition.cpp
-  os/kiOSFault.cpp
-  os/kiOSThread_p.h
-  os/kiPath.cpp
-  os/kiPath_p.h
-  os/kiPlatform.cpp
-  os/kiPlatform_p.h)
+  os/Timeout_p.h)

@@ -1,6 +1,6 @@
 // kiDebug.cpp - debugger output on POSIX: standard error, and SIGTRAP only
 // while a tracer is attached (a trap without one would end the process).
-#include "ki/os/kiDebug.h"
+#include "ki/proc/kiDebug.h"
 
 #include <cstring>
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 // kiDir.cpp - the directory functions on POSIX: stat, mkdir, rmdir, the
 // times through kiFile_GetTimes, listings through opendir/readdir with an fnmatch filter, and the
 // roots from the mount table.
-#include "ki/os/kiDir.h"
+#include "ki/proc/kiDir.h"
 
 #include <cstring>
 #include <dirent.h>
@@ -12,10 +12,10 @@
 #include <unistd.h>
 
 #include "ki/core/Log.h"
-#include "ki/os/kiFile.h"
-#include "ki/os/kiPath.h"
 #include "ki/posix/kiPosix_p.h"
+#include "ki/proc/kiFile.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPath.h"
 
 KI_LOG_SOURCE("posix/kiDir")
 

@@ -1,7 +1,7 @@
 // kiFile.cpp - the file functions on POSIX: open(2) with the open-mode rules,
 // sharing as advisory flock locks, errno mapped to the file codes, statx
 // times and a rename that never replaces.
-#include "ki/os/kiFile.h"
+#include "ki/proc/kiFile.h"
 
 #include <climits>
 #include <cstdint>
@@ -13,9 +13,9 @@
 
 #include "ki/core/Convert.h"
 #include "ki/core/Log.h"
-#include "ki/os/kiPath.h"
 #include "ki/posix/kiPosix_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPath.h"
 
 KI_LOG_SOURCE("posix/kiFile")
 

@@ -12,10 +12,10 @@
 
 #include "ki/core/Convert.h"
 #include "ki/core/Log.h"
-#include "ki/os/kiOSThread.h"
-#include "ki/os/kiOSThread_p.h"
 #include "ki/posix/kiPosix_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiOSThread.h"
+#include "ki/proc/kiOSThread_p.h"
 
 KI_LOG_SOURCE("posix/kiOSSingleInstanceChecker")
 

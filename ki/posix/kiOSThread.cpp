@@ -1,7 +1,7 @@
 // kiOSThread.cpp - kiOSThread on POSIX: a pthread created at once and held at
 // a start gate (a semaphore) until kiOSThread_Start, priorities as nice
 // values of the thread, names through pthread_setname_np.
-#include "ki/os/kiOSThread.h"
+#include "ki/proc/kiOSThread.h"
 
 #include <atomic>
 #include <cerrno>
@@ -14,9 +14,9 @@
 #include <unistd.h>
 
 #include "ki/core/Log.h"
-#include "ki/os/kiOSThread_p.h"
 #include "ki/posix/kiPosix_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiOSThread_p.h"
 
 KI_LOG_SOURCE("posix/kiOSThread")
 

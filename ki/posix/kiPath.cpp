@@ -1,14 +1,14 @@
 // kiPath.cpp - the path builder on POSIX: '/'-rooted paths, and the running
 // program's file from /proc/self/exe.
-#include "ki/os/kiPath.h"
+#include "ki/proc/kiPath.h"
 
 #include <cstring>
 #include <strings.h>
 #include <unistd.h>
 
 #include "ki/core/Log.h"
-#include "ki/os/kiPath_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPath_p.h"
 
 KI_LOG_SOURCE("posix/kiPath")
 

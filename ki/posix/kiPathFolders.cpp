@@ -14,10 +14,10 @@
 #include <vector>
 
 #include "ki/core/Log.h"
-#include "ki/os/kiPath.h"
-#include "ki/os/kiPath_p.h"
 #include "ki/posix/kiPosix_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPath.h"
+#include "ki/proc/kiPath_p.h"
 
 KI_LOG_SOURCE("posix/kiPathFolders")
 

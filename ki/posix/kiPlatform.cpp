@@ -1,7 +1,7 @@
 // kiPlatform.cpp - the process services on POSIX: the environment, programs
 // started with posix_spawnp and reaped by a small thread each, and the host
 // name from gethostname.
-#include "ki/os/kiPlatform.h"
+#include "ki/proc/kiPlatform.h"
 
 #include <climits>
 #include <cstdint>
@@ -14,11 +14,11 @@
 #include <unistd.h>
 
 #include "ki/core/Log.h"
-#include "ki/os/kiPlatform_p.h"
 #include "ki/posix/kiPosix_p.h"
 #include "ki/proc/kiCommandLine.h"
 #include "ki/proc/kiFatalError_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPlatform_p.h"
 #include "ki/proc/kiTime.h"
 
 // glibc closes every descriptor from a number up in the new process since 2.34.

@@ -1,8 +1,8 @@
 // kiPosix.cpp - the shared helpers of the POSIX platform layer.
 #include <cstdlib>
 
-#include "ki/os/kiOSThread_p.h"
 #include "ki/posix/kiPosix_p.h"
+#include "ki/proc/kiOSThread_p.h"
 
 void* kiPosix_AllocRecord(std::size_t size) {
   if (kiOS_ShouldFail(kiOSFault_Allocate)) return nullptr;

@@ -6,13 +6,13 @@
 #include <cstring>
 
 #include "ki/core/Log.h"
-#include "ki/os/kiDir.h"
-#include "ki/os/kiFile.h"
-#include "ki/os/kiPath.h"
 #include "ki/proc/kiConfigFile_p.h"
+#include "ki/proc/kiDir.h"
+#include "ki/proc/kiFile.h"
 #include "ki/proc/kiINIFile.h"
 #include "ki/proc/kiINIFile_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPath.h"
 
 KI_LOG_SOURCE("proc/kiConfigFile")
 

@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "ki/os/kiPlatform.h"
 #include "ki/proc/kiFatalError_p.h"
 #include "ki/proc/kiLogError_p.h"
+#include "ki/proc/kiPlatform.h"
 #include "ki/proc/kiStr.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <limits>
 
 #include "ki/core/Log.h"
-#include "ki/os/kiFile.h"
+#include "ki/proc/kiFile.h"
 #include "ki/proc/kiINIFile_p.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiStr.h"

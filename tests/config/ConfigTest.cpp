@@ -11,9 +11,9 @@
 
 #include "ki/config/Config.h"
 #include "ki/core/Log.h"
-#include "ki/os/kiPath_p.h"
-#include "ki/os/kiPlatform.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPath_p.h"
+#include "ki/proc/kiPlatform.h"
 #include "support/LogCapture.h"
 #include "support/TempDir.h"
 

@@ -11,8 +11,8 @@
 
 #include "ki/core/Log.h"
 #include "ki/files/Dir.h"
-#include "ki/os/kiDir.h"
-#include "ki/os/kiPath_p.h"
+#include "ki/proc/kiDir.h"
+#include "ki/proc/kiPath_p.h"
 #include "ki/proc/kiTime.h"
 
 #include "PathTestSupport.h"

@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "ki/files/PathName.h"
-#include "ki/os/kiPath.h"
-#include "ki/os/kiPath_p.h"
+#include "ki/proc/kiPath.h"
+#include "ki/proc/kiPath_p.h"
 
 #include "PathTestSupport.h"
 

@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 
 #include "ki/core/Log.h"
-#include "ki/os/kiPath.h"
-#include "ki/os/kiPath_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPath.h"
+#include "ki/proc/kiPath_p.h"
 
 #include "PathTestSupport.h"
 

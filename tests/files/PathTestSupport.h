@@ -12,8 +12,8 @@
 
 #include <gtest/gtest.h>
 
-#include "ki/os/kiPath_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPath_p.h"
 #include "support/LogCapture.h"
 #include "support/TempDir.h"
 

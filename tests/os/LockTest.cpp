@@ -14,7 +14,7 @@
 #include "ki/os/CriticalSection.h"
 #include "ki/os/Mutex.h"
 #include "ki/os/Semaphore.h"
-#include "ki/os/kiOSThread_p.h"
+#include "ki/proc/kiOSThread_p.h"
 #include "support/ChildProcess.h"
 #include <kiLog/Log.h>
 

@@ -9,8 +9,8 @@
 #include <gtest/gtest.h>
 
 #include "ki/os/SingleInstanceChecker.h"
-#include "ki/os/kiOSThread.h"
-#include "ki/os/kiOSThread_p.h"
+#include "ki/proc/kiOSThread.h"
+#include "ki/proc/kiOSThread_p.h"
 #include "support/LogCapture.h"
 
 namespace {

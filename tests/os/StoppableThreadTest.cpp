@@ -11,8 +11,8 @@
 
 #include "ki/os/Semaphore.h"
 #include "ki/os/StoppableThread.h"
-#include "ki/os/kiOSThread.h"
-#include "ki/os/kiOSThread_p.h"
+#include "ki/proc/kiOSThread.h"
+#include "ki/proc/kiOSThread_p.h"
 #include "support/LogCapture.h"
 
 #include "os/ThreadTestSupport.h"
@@ -130,7 +130,8 @@ TEST(StoppableThreadTest, KindOneDeletesItselfWhenDone) {
 // whose OnRun ends before Go's caller looks again or right after a cancel.
 class Ending : public kiStoppableThread {
  public:
-  Ending(int kind, bool deleteInRun) : kiStoppableThread("ki-ending", kind), m_delete(deleteInRun) {}
+  Ending(int kind, bool deleteInRun)
+      : kiStoppableThread("ki-ending", kind), m_delete(deleteInRun) {}
   using kiStoppableThread::ThreadCancel;
   using kiStoppableThread::ThreadCreate;
   kiSemaphore* Deleted = nullptr;

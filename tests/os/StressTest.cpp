@@ -11,7 +11,7 @@
 
 #include "ki/os/Condition.h"
 #include "ki/os/Semaphore.h"
-#include "ki/os/kiOSThread.h"
+#include "ki/proc/kiOSThread.h"
 
 #include "os/ThreadTestSupport.h"
 

@@ -17,8 +17,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ki/os/kiOSThread.h"
-#include "ki/os/kiOSThread_p.h"
+#include "ki/proc/kiOSThread.h"
+#include "ki/proc/kiOSThread_p.h"
 #include "support/LogCapture.h"
 
 #include "os/ThreadTestSupport.h"

@@ -18,11 +18,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ki/os/kiPlatform.h"
-#include "ki/os/kiPlatform_p.h"
 #include "ki/proc/kiCommandLine.h"
 #include "ki/proc/kiFatalError_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPlatform.h"
+#include "ki/proc/kiPlatform_p.h"
 #include "ki/proc/kiTime_p.h"
 #include "support/CommandLineText.h"
 #include "support/LogCapture.h"

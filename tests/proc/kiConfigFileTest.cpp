@@ -12,9 +12,9 @@
 #include <gtest/gtest.h>
 
 #include "ki/core/Log.h"
-#include "ki/os/kiDir.h"
-#include "ki/os/kiFile.h"
 #include "ki/proc/kiConfigFile.h"
+#include "ki/proc/kiDir.h"
+#include "ki/proc/kiFile.h"
 #include "support/LogCapture.h"
 #include "support/TempDir.h"
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ki/os/kiDebug.h"
+#include "ki/proc/kiDebug.h"
 #include "support/ChildProcess.h"
 
 namespace {

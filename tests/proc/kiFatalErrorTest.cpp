@@ -8,10 +8,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ki/os/kiPlatform.h"
 #include "ki/proc/kiFatalError.h"
 #include "ki/proc/kiFatalError_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPlatform.h"
 #include "support/ChildProcess.h"
 #include "support/LogCapture.h"
 

@@ -1,6 +1,6 @@
 // kiPlatform.cpp - the portable rules of the platform services: how a host
 // name is shortened.
-#include "ki/os/kiPlatform_p.h"
+#include "ki/proc/kiPlatform_p.h"
 
 void kiPlatform_ShortenHostName(char* name) {
   if (name == nullptr) return;

@@ -1,7 +1,7 @@
 // kiPlatform.h - process services of the platform layer: the environment,
 // launching programs, and the host name.
-#ifndef KI_OS_KIPLATFORM_H
-#define KI_OS_KIPLATFORM_H
+#ifndef KI_PROC_KIPLATFORM_H
+#define KI_PROC_KIPLATFORM_H
 
 #include "ki/Export.h"
 
@@ -33,4 +33,4 @@ KI_API int kiPlatform_Launch(const char* program, const char* arguments);
 // name, or when the system cannot tell (a name of 64 bytes or more included).
 KI_API char* kiPlatform_GetHostName(const char* name);
 
-#endif  // KI_OS_KIPLATFORM_H
+#endif  // KI_PROC_KIPLATFORM_H

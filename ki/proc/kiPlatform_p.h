@@ -1,7 +1,7 @@
 // kiPlatform_p.h - the portable rules behind the platform services, shared by
 // the platform folders and the tests. Not installed.
-#ifndef KI_OS_KIPLATFORM_P_H
-#define KI_OS_KIPLATFORM_P_H
+#ifndef KI_PROC_KIPLATFORM_P_H
+#define KI_PROC_KIPLATFORM_P_H
 
 #include "ki/Export.h"
 
@@ -10,4 +10,4 @@
 // whole. Null is ignored.
 KI_API void kiPlatform_ShortenHostName(char* name);
 
-#endif  // KI_OS_KIPLATFORM_P_H
+#endif  // KI_PROC_KIPLATFORM_P_H

@@ -2,7 +2,7 @@
 // it only counts calls.
 #include <atomic>
 
-#include "ki/os/kiOSThread_p.h"
+#include "ki/proc/kiOSThread_p.h"
 
 namespace {
 

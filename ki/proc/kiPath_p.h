@@ -1,8 +1,8 @@
 // kiPath_p.h - the string logic of the path builder, kept apart from the
 // platform so that both path dialects can be tested anywhere, the platform's
 // special folders behind it, and the builder's test seams. Not installed.
-#ifndef KI_OS_KIPATH_P_H
-#define KI_OS_KIPATH_P_H
+#ifndef KI_PROC_KIPATH_P_H
+#define KI_PROC_KIPATH_P_H
 
 #include <cstddef>
 
@@ -76,4 +76,4 @@ KI_API void kiPath_SetMountTableForTesting(const char* file);
 // Clears the three seams above.
 KI_API void kiPath_ResetForTesting();
 
-#endif  // KI_OS_KIPATH_P_H
+#endif  // KI_PROC_KIPATH_P_H

@@ -1,6 +1,6 @@
 // kiDebug.h - debugger output for the platform layer.
-#ifndef KI_OS_KIDEBUG_H
-#define KI_OS_KIDEBUG_H
+#ifndef KI_PROC_KIDEBUG_H
+#define KI_PROC_KIDEBUG_H
 
 #include "ki/Export.h"
 
@@ -10,4 +10,4 @@
 // writes an empty line.
 KI_API void kiDebug_Output(const char* message);
 
-#endif  // KI_OS_KIDEBUG_H
+#endif  // KI_PROC_KIDEBUG_H

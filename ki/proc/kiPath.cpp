@@ -1,15 +1,15 @@
 // kiPath.cpp - the portable string logic of the path builder: token expansion,
 // anchoring, prefixes, separators and trailing separators, for both dialects;
 // simplification; and the builder's public entry points with their seams.
-#include "ki/os/kiPath.h"
+#include "ki/proc/kiPath.h"
 
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "ki/core/Log.h"
-#include "ki/os/kiPath_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiPath_p.h"
 
 KI_LOG_SOURCE("os/kiPath")
 

@@ -2,15 +2,15 @@
 // kiMutex, and the test seam of the thread and lock records: makes one chosen
 // system call fail, so that failure paths run without exhausting the system.
 // Not installed.
-#ifndef KI_OS_KIOSTHREAD_P_H
-#define KI_OS_KIOSTHREAD_P_H
+#ifndef KI_PROC_KIOSTHREAD_P_H
+#define KI_PROC_KIOSTHREAD_P_H
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 
 #include "ki/Export.h"
-#include "ki/os/kiOSThread.h"
+#include "ki/proc/kiOSThread.h"
 
 // The stack size a thread is made with for the size asked in its creation
 // parameters; 0 means the platform's own default.
@@ -44,4 +44,4 @@ KI_API void kiOS_FailForTesting(kiOSFault fault, int skip);
 // Consumes an armed fault: true when this call is the one to fail.
 bool kiOS_ShouldFail(kiOSFault fault);
 
-#endif  // KI_OS_KIOSTHREAD_P_H
+#endif  // KI_PROC_KIOSTHREAD_P_H

@@ -1,8 +1,8 @@
 // kiOSThread.h - the operating system's threads and locks as small records
 // behind opaque pointers: kiOSThread, kiOSMutex, kiOSCriticalSection,
 // kiOSSemaphore, kiOSCondition and kiOSSingleInstanceChecker.
-#ifndef KI_OS_KIOSTHREAD_H
-#define KI_OS_KIOSTHREAD_H
+#ifndef KI_PROC_KIOSTHREAD_H
+#define KI_PROC_KIOSTHREAD_H
 
 #include <cstdint>
 
@@ -138,4 +138,4 @@ KI_API int kiOSSingleInstanceChecker_IsAnotherRunning(const kiOSSingleInstanceCh
 KI_API int kiOSSingleInstanceChecker_Error(const kiOSSingleInstanceChecker* checker);
 KI_API void kiOSSingleInstanceChecker_Delete(kiOSSingleInstanceChecker* checker);
 
-#endif  // KI_OS_KIOSTHREAD_H
+#endif  // KI_PROC_KIOSTHREAD_H

@@ -3,8 +3,8 @@
 // Library paths are UTF-8 with '/' separators; only this layer and the file
 // functions below it turn them into platform paths. Every text result is a
 // new block owned by the caller (kiMem_Free), or null on failure.
-#ifndef KI_OS_KIPATH_H
-#define KI_OS_KIPATH_H
+#ifndef KI_PROC_KIPATH_H
+#define KI_PROC_KIPATH_H
 
 #include "ki/Export.h"
 
@@ -67,4 +67,4 @@ KI_API char* kiPath_GetAppDataDir();
 // relative path and an unreadable mount table give unknown.
 KI_API int kiPath_GetDriveClass(const char* path);
 
-#endif  // KI_OS_KIPATH_H
+#endif  // KI_PROC_KIPATH_H

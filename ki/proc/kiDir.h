@@ -7,8 +7,8 @@
 // refuses (null, a bad token, no anchor) is an "invalid name": logged, -1.
 // Errors are errno values (positive). Messages print a null path as "(null)"
 // and are logged at level 1, category kiLogCat_Dir.
-#ifndef KI_OS_KIDIR_H
-#define KI_OS_KIDIR_H
+#ifndef KI_PROC_KIDIR_H
+#define KI_PROC_KIDIR_H
 
 #include "ki/Export.h"
 #include "ki/proc/kiTime.h"
@@ -91,4 +91,4 @@ KI_API void kiDir_CloseList(kiOSDirList* list);
 // alone when the table cannot be read. Never null.
 KI_API char* kiDir_GetRootDirs();
 
-#endif  // KI_OS_KIDIR_H
+#endif  // KI_PROC_KIDIR_H

@@ -3,9 +3,9 @@
 #include <cstdint>
 
 #include "ki/core/Log.h"
-#include "ki/os/kiOSThread.h"
 #include "ki/proc/kiFatalError.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiOSThread.h"
 
 struct kiOSCondition {
   kiOSMutex* lock;          // guards the two counts

@@ -2,8 +2,8 @@
 // codes, and kiFile_* over a platform descriptor. Paths are UTF-8 and go
 // through kiPath_MakeAbsolute first, so a relative path is anchored at the
 // application's directory, never at the working directory.
-#ifndef KI_OS_KIFILE_H
-#define KI_OS_KIFILE_H
+#ifndef KI_PROC_KIFILE_H
+#define KI_PROC_KIFILE_H
 
 #include <cstdint>
 
@@ -113,4 +113,4 @@ KI_API int kiFile_SetSize(const char* path, long long size);
 // errno of that moment, normally 0), and nothing when it fails.
 KI_API int kiFile_Access(const char* path, int mode);
 
-#endif  // KI_OS_KIFILE_H
+#endif  // KI_PROC_KIFILE_H
