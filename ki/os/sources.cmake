@@ -9,6 +9,15 @@ list(APPEND KI_PUBLIC_HEADERS
   os/SingleInstanceChecker.h
   os/StoppableThread.h
   os/Timeout.h)
+# Forwarding headers of the procedural interfaces that moved to proc/; kept
+# for one release.
+list(APPEND KI_PUBLIC_HEADERS
+  os/kiDebug.h
+  os/kiDir.h
+  os/kiFile.h
+  os/kiOSThread.h
+  os/kiPath.h
+  os/kiPlatform.h)
 list(APPEND KI_SOURCES
   os/Condition.cpp
   os/CriticalSection.cpp
