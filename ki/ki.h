@@ -29,13 +29,13 @@
 #include "ki/core/Convert.h"
 #include "ki/core/DataBuffer.h"
 #include "ki/core/Error.h"
-#include "ki/core/Log.h"
 #include "ki/core/Obfuscate.h"
 #include "ki/core/String.h"
 #include "ki/core/StringData.h"
 #include "ki/core/StringList.h"
 #include "ki/core/StringTokenizer.h"
 #include "ki/core/UInt64.h"
+#include "ki/proc/kiLog.h"
 
 // Containers and references
 #include "ki/containers/List.h"

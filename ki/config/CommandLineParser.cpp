@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "ki/core/Log.h"
 #include "ki/proc/kiCommandLine.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiPath.h"
 #include "ki/proc/kiStr.h"

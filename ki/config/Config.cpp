@@ -6,9 +6,9 @@
 #include <cstring>
 
 #include "ki/core/Convert.h"
-#include "ki/core/Log.h"
 #include "ki/proc/kiConfigFile.h"
 #include "ki/proc/kiDir.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiPlatform.h"
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <cwchar>
 
-#include "ki/core/UTF8_p.h"
+#include "ki/proc/kiUTF8_p.h"
 
 // Empty classes, value-initialised: constant data, nothing runs at load time.
 const kiLibCConvert kiConvLibC{};

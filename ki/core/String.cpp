@@ -9,7 +9,7 @@
 #include <cwctype>
 
 #include "ki/core/StringCore_p.h"
-#include "ki/core/UTF8_p.h"
+#include "ki/proc/kiUTF8_p.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-# core/ - strings, conversions, tokenizers, errors, byte buffers and the log
-# convention.
+# core/ - strings, conversions, tokenizers, errors, byte buffers and 64-bit
+# values.
 list(APPEND KI_PUBLIC_HEADERS
   core/BitString.h
   core/CString.h
   core/Convert.h
+  core/Log.h  # forwards to proc/kiLog.h; kept for one release
   core/DataBuffer.h
   core/Error.h
-  core/Log.h
   core/Obfuscate.h
   core/String.h
   core/StringData.h
@@ -26,6 +26,4 @@ list(APPEND KI_SOURCES
   core/StringList.cpp
   core/StringTokenizer.cpp
   core/StringTokenizer_p.h
-  core/UInt64.cpp
-  core/UTF8_p.h
-  core/UTF8.cpp)
+  core/UInt64.cpp)

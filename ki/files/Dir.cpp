@@ -4,10 +4,10 @@
 
 #include <cstring>
 
-#include "ki/core/Log.h"
 #include "ki/files/File.h"
 #include "ki/files/Times_p.h"
 #include "ki/proc/kiDir.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 
 KI_LOG_SOURCE("files/Dir")

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "ki/core/Log.h"
 #include "ki/files/Times_p.h"
+#include "ki/proc/kiLog.h"
 
 KI_LOG_SOURCE("files/File")
 

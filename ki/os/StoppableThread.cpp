@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-#include "ki/core/Log.h"
 #include "ki/os/Semaphore.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiOSThread.h"
 

@@ -11,9 +11,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "ki/core/Log.h"
 #include "ki/posix/kiPosix_p.h"
 #include "ki/proc/kiFile.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiPath.h"
 

@@ -11,11 +11,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "ki/core/Convert.h"
-#include "ki/core/Log.h"
 #include "ki/posix/kiPosix_p.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiPath.h"
+#include "ki/proc/kiUTF8_p.h"
 
 KI_LOG_SOURCE("posix/kiFile")
 
@@ -47,7 +47,7 @@ class NativePath {
 
  private:
   static char* Convert(const char* path) {
-    if (path == nullptr || kiConvUTF8.ToString(path).data() == nullptr) return nullptr;
+    if (!kiUTF8_IsValid(path)) return nullptr;
     return kiPath_MakeAbsolute(path, false, 0, nullptr);
   }
 

@@ -3,8 +3,8 @@
 #include <atomic>
 #include <pthread.h>
 
-#include "ki/core/Log.h"
 #include "ki/posix/kiPosix_p.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiOSThread.h"
 #include "ki/proc/kiOSThread_p.h"

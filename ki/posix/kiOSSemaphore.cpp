@@ -4,8 +4,8 @@
 #include <cerrno>
 #include <semaphore.h>
 
-#include "ki/core/Log.h"
 #include "ki/posix/kiPosix_p.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiOSThread.h"
 #include "ki/proc/kiOSThread_p.h"

@@ -10,12 +10,12 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "ki/core/Convert.h"
-#include "ki/core/Log.h"
 #include "ki/posix/kiPosix_p.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiOSThread.h"
 #include "ki/proc/kiOSThread_p.h"
+#include "ki/proc/kiUTF8_p.h"
 
 KI_LOG_SOURCE("posix/kiOSSingleInstanceChecker")
 
@@ -73,7 +73,7 @@ kiOSSingleInstanceChecker* kiOSSingleInstanceChecker_New(const char* name) {
   }
   c->socket = -1;
   // The name must be text the system can carry: valid UTF-8.
-  if (kiConvUTF8.ToString(name).data() == nullptr) {
+  if (!kiUTF8_IsValid(name)) {
     KI_LOG(kiLogLevel_Error, kiLogCat_OS,
            "kiOSSingleInstanceChecker: Cannot create wide char name '%s'\n", name);
     c->anotherRunning = 1;

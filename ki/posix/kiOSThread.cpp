@@ -13,8 +13,8 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "ki/core/Log.h"
 #include "ki/posix/kiPosix_p.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiOSThread_p.h"
 

@@ -6,7 +6,7 @@
 #include <strings.h>
 #include <unistd.h>
 
-#include "ki/core/Log.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiPath_p.h"
 

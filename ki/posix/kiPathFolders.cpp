@@ -13,8 +13,8 @@
 #include <unistd.h>
 #include <vector>
 
-#include "ki/core/Log.h"
 #include "ki/posix/kiPosix_p.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiPath.h"
 #include "ki/proc/kiPath_p.h"

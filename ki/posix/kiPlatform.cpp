@@ -13,10 +13,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "ki/core/Log.h"
 #include "ki/posix/kiPosix_p.h"
 #include "ki/proc/kiCommandLine.h"
 #include "ki/proc/kiFatalError_p.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiPlatform_p.h"
 #include "ki/proc/kiTime.h"

@@ -5,12 +5,12 @@
 #include <atomic>
 #include <cstring>
 
-#include "ki/core/Log.h"
 #include "ki/proc/kiConfigFile_p.h"
 #include "ki/proc/kiDir.h"
 #include "ki/proc/kiFile.h"
 #include "ki/proc/kiINIFile.h"
 #include "ki/proc/kiINIFile_p.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiPath.h"
 

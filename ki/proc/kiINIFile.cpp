@@ -7,9 +7,9 @@
 #include <cstring>
 #include <limits>
 
-#include "ki/core/Log.h"
 #include "ki/proc/kiFile.h"
 #include "ki/proc/kiINIFile_p.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiStr.h"
 

@@ -1,7 +1,7 @@
 // kiLogError.cpp - kiLog_Error: a record with the log facade's own position.
 #include <cstdarg>
 
-#include "ki/core/Log.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiLogError_p.h"
 
 void kiLog_Error(const char* format, ...) {

@@ -2,8 +2,8 @@
 // semaphores. Portable: it only calls the other kiOS records.
 #include <cstdint>
 
-#include "ki/core/Log.h"
 #include "ki/proc/kiFatalError.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiOSThread.h"
 

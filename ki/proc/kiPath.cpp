@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "ki/core/Log.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiPath_p.h"
 

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdio>
 
-#include "ki/core/Log.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiTime_p.h"
 

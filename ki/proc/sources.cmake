@@ -13,6 +13,7 @@ list(APPEND KI_PUBLIC_HEADERS
   proc/kiFile.h
   proc/kiHashTable.h
   proc/kiINIFile.h
+  proc/kiLog.h
   proc/kiMem.h
   proc/kiOSThread.h
   proc/kiPath.h
@@ -42,4 +43,6 @@ list(APPEND KI_SOURCES
   proc/kiPlatform_p.h
   proc/kiStr.cpp
   proc/kiTime.cpp
-  proc/kiTime_p.h)
+  proc/kiTime_p.h
+  proc/kiUTF8.cpp
+  proc/kiUTF8_p.h)

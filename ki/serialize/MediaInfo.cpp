@@ -10,7 +10,7 @@
 #include "ki/containers/Ref.h"
 #include "ki/containers/StringHashMap.h"
 #include "ki/core/Convert.h"
-#include "ki/core/Log.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/serialize/JSONFormatter.h"
 #include "ki/serialize/PropertyList.h"

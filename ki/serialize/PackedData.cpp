@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-#include "ki/core/Log.h"
 #include "ki/proc/kiFatalError.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 
 KI_LOG_SOURCE("serialize/PackedData")

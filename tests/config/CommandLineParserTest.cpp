@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "ki/config/CommandLineParser.h"
-#include "ki/core/Log.h"
+#include "ki/proc/kiLog.h"
 #include "support/LogCapture.h"
 
 namespace {

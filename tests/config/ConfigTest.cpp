@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "ki/config/Config.h"
-#include "ki/core/Log.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiPath_p.h"
 #include "ki/proc/kiPlatform.h"

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ki/core/Log.h"
+#include "ki/proc/kiLog.h"
 #include "support/LogCapture.h"
 
 KI_LOG_SOURCE("tests/LogMacro")

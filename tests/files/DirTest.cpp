@@ -9,9 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ki/core/Log.h"
 #include "ki/files/Dir.h"
 #include "ki/proc/kiDir.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiPath_p.h"
 #include "ki/proc/kiTime.h"
 

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ki/core/Log.h"
+#include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiPath.h"
 #include "ki/proc/kiPath_p.h"

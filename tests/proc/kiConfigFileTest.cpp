@@ -11,10 +11,10 @@
 
 #include <gtest/gtest.h>
 
-#include "ki/core/Log.h"
 #include "ki/proc/kiConfigFile.h"
 #include "ki/proc/kiDir.h"
 #include "ki/proc/kiFile.h"
+#include "ki/proc/kiLog.h"
 #include "support/LogCapture.h"
 #include "support/TempDir.h"
 

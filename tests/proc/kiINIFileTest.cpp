@@ -11,8 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include "ki/core/Log.h"
 #include "ki/proc/kiINIFile.h"
+#include "ki/proc/kiLog.h"
 #include "support/LogCapture.h"
 #include "support/TempDir.h"
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ki/core/Log.h"
+#include "ki/proc/kiLog.h"
 #include "ki/serialize/PackedData.h"
 #include "support/LogCapture.h"
 

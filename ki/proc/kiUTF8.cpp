@@ -1,4 +1,4 @@
-// UTF8.cpp - the codec behind the converters. Every conversion takes two
+// kiUTF8.cpp - the codec behind the converters. Every conversion takes two
 // passes: the first validates and counts, the second writes into a block of
 // the exact size. Runs of ASCII go through 8 or 16 bytes at a time.
 #include <cassert>
@@ -7,8 +7,8 @@
 #include <cstring>
 #include <type_traits>
 
-#include "ki/core/UTF8_p.h"
 #include "ki/proc/kiMem.h"
+#include "ki/proc/kiUTF8_p.h"
 
 namespace {
 
@@ -369,6 +369,12 @@ kiWChar* kiUTF8_ToUTF16(const char* text) {
   assert(written == out + units);  // the two passes agree
   (void)written;
   return out;
+}
+
+bool kiUTF8_IsValid(const char* text) {
+  if (text == nullptr) return false;
+  const kiByte* begin = reinterpret_cast<const kiByte*>(text);
+  return CountUTF16(begin, begin + std::strlen(text)) != kFailed;
 }
 
 char* kiUTF8_FromUTF16(const kiWChar* text) {

@@ -1,7 +1,7 @@
-// UTF8_p.h - the Unicode codec behind the converters: UTF-8 and UTF-32 to and
+// kiUTF8_p.h - the Unicode codec behind the converters: UTF-8 and UTF-32 to and
 // from UTF-16. Private to ki, not installed.
-#ifndef KI_CORE_UTF8_P_H
-#define KI_CORE_UTF8_P_H
+#ifndef KI_PROC_KIUTF8_P_H
+#define KI_PROC_KIUTF8_P_H
 
 #include "ki/core/StringData.h"
 
@@ -22,6 +22,10 @@
 // stay below 0x110000. Values from 0x10000 up give a surrogate pair.
 kiWChar* kiUTF8_ToUTF16(const char* text);
 
+// Whether kiUTF8_ToUTF16 would convert text: false for null and for invalid
+// UTF-8. The platform layer checks names with it.
+bool kiUTF8_IsValid(const char* text);
+
 // UTF-16 -> UTF-8 in 1 to 4 bytes a code point. Never fails for a text.
 char* kiUTF8_FromUTF16(const kiWChar* text);
 
@@ -39,4 +43,4 @@ kiWChar* kiUTF16_FromWide(const wchar_t* text);
 wchar_t* kiUTF8_ToWide(const char* text);
 char* kiUTF8_FromWide(const wchar_t* text);
 
-#endif  // KI_CORE_UTF8_P_H
+#endif  // KI_PROC_KIUTF8_P_H
