@@ -1,4 +1,4 @@
-// kiFile.cpp - the file functions on POSIX: open(2) with the open-mode rules,
+// kiFile.cpp - the file functions on POSIX: open(2) under the portable mode rules,
 // sharing as advisory flock locks, errno mapped to the file codes, statx
 // times and a rename that never replaces.
 #include "ki/proc/kiFile.h"
@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "ki/posix/kiPosix_p.h"
+#include "ki/proc/kiFile_p.h"
 #include "ki/proc/kiLog.h"
 #include "ki/proc/kiMem.h"
 #include "ki/proc/kiPath.h"
@@ -64,31 +65,16 @@ struct OpenPlan {
 // The plan for mode (Append already turned into Write), or the reason it can
 // never open a file.
 const char* PlanOpen(int mode, OpenPlan* plan) {
+  if (const char* reason = kiFile_OpenModeRefusal(mode)) return reason;
   const bool read = (mode & kiFileMode_Read) != 0;
   const bool write = (mode & kiFileMode_Write) != 0;
   const bool exclusive = (mode & kiFileMode_Exclusive) != 0;
-  const bool truncate = (mode & kiFileMode_Truncate) != 0;
-  if (read && write) {
-    plan->flags = O_RDWR;
-  } else if (write) {
-    plan->flags = O_WRONLY;
-  } else if (read) {
-    if (truncate) return "truncate mode can only be used on a file open for writing";
-    plan->flags = O_RDONLY;
-  } else {
-    return "no mode is specified";
-  }
-  if ((mode & kiFileMode_Create) != 0) {
-    if ((mode & kiFileMode_Append) != 0) return "append and create modes cannot be used together";
-    if (truncate && exclusive) return "truncate and exclusive modes cannot be used together";
-    plan->flags |= exclusive ? O_CREAT | O_EXCL : O_CREAT;
-  } else if (exclusive) {
-    return "exclusive modes can only be used with the create mode";
-  }
+  plan->flags = read && write ? O_RDWR : write ? O_WRONLY : O_RDONLY;
+  if ((mode & kiFileMode_Create) != 0) plan->flags |= exclusive ? O_CREAT | O_EXCL : O_CREAT;
   // Opening never waits (a FIFO without a writer); the flag goes once open.
   plan->flags |= O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
   plan->lock = (exclusive ? LOCK_EX : LOCK_SH) | LOCK_NB;
-  plan->truncate = truncate;
+  plan->truncate = (mode & kiFileMode_Truncate) != 0;
   return nullptr;
 }
 

@@ -28,6 +28,8 @@ list(APPEND KI_SOURCES
   proc/kiDateText.cpp
   proc/kiFatalError.cpp
   proc/kiFatalError_p.h
+  proc/kiFile.cpp
+  proc/kiFile_p.h
   proc/kiHashTable.cpp
   proc/kiINIFile.cpp
   proc/kiINIFile_p.h
